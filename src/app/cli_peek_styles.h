@@ -1,0 +1,7 @@
+#pragma once
+
+#include "app/cli_output.h"
+
+struct CLIPeekStyles {
+    static int run(CliOut& out);
+};

@@ -1,0 +1,43 @@
+#include "app/cli_search.h"
+
+#include "config/settings_file.h"
+#include "fs/fmt.h"
+#include "fs/paths.h"
+#include "fs/scanner.h"
+
+namespace {
+constexpr int64_t kSearchDepth = 64;
+constexpr size_t kSizeColumn = 10;
+}
+
+int CLISearch::run(const Args& args, CliOut& out)
+{
+    if (args.size() < 2) {
+        out.line("Usage: brondel search <path> <query>");
+        return 0;
+    }
+    const std::string& typedPath = args[0];
+    const std::string& query = args[1];
+    DirNodePtr root = Scanner(Settings::current()).scan(expandTilde(typedPath), kSearchDepth);
+    std::vector<DirNodePtr> matches;
+    filterWalk(root, filterLower(query), matches);
+    if (matches.empty()) {
+        out.line("No matches for '" + query + "' in " + typedPath);
+        return 0;
+    }
+    std::string line;
+    for (const auto& node : matches) {
+        line.clear();
+        line += node->isDir ? "dir " : "file";
+        line += "  ";
+        std::string size = fmtHuman(node->size);
+        if (size.size() > kSizeColumn)
+            size.resize(kSizeColumn);
+        fmtAppendPadded(line, size, kSizeColumn);
+        line += "  ";
+        line += node->path;
+        out.line(line);
+    }
+    out.line("\n" + std::to_string(matches.size()) + " match(es)");
+    return 0;
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "app/cli_output.h"
+
+struct CLIVolumes {
+    static int run(CliOut& out);
+};

@@ -1,0 +1,28 @@
+#pragma once
+// Launch arguments: what start-up strips before the command router sees the list, the
+// initial view mode, and how a path argument becomes a folder to open.
+
+#include "app/view_mode.h"
+
+#include <string>
+#include <vector>
+
+using Args = std::vector<std::string>;
+
+// Drops every argument that begins with "-psn_" (added by some launchers).
+Args launchStripPlatformArgs(const Args& args);
+
+// Removes each "--view" together with the argument after it (a trailing "--view" alone).
+Args launchStripFlags(const Args& args);
+
+// The mode for windows opened at launch, from the full argument list (program path
+// included): the number after the first "--view"; 1 icon, 3 column, 4 peek, anything
+// else list.
+ViewMode launchViewMode(const Args& fullArgs);
+
+// Turns a path argument into a folder to open: "~" expanded, made absolute against
+// `cwd`, "." and ".." resolved as text; an existing non-folder gives its parent.
+std::string launchExpandPath(const std::string& arg, const std::string& cwd);
+
+// The process's arguments without the program path, "-psn_" ones and "--view" pairs.
+Args launchArguments(int argc, char** argv);

@@ -1,0 +1,40 @@
+#include "config/config_file.h"
+
+#include "config/config_text.h"
+#include "fs/file_io.h"
+#include "fs/paths.h"
+
+#include <cstdlib>
+
+std::string configDir() { return homeDir() + "/.brondel"; }
+
+std::string configPath(const char* overrideVar, const char* suffix)
+{
+    if (overrideVar)
+        if (const char* value = std::getenv(overrideVar))
+            return value;
+    return homeDir() + suffix;
+}
+
+std::string settingsPath() { return configPath("BRONDEL_SETTINGS", "/.brondel/settings.toml"); }
+std::string pinnedFilePath() { return configPath("BRONDEL_PINNED", "/.brondel/pinned.toml"); }
+std::string sidebarFilePath() { return configPath("BRONDEL_SIDEBAR", "/.brondel/sidebar.toml"); }
+std::string palettePath() { return configPath("BRONDEL_PALETTE", "/.brondel/palette.toml"); }
+std::string recentsPath() { return configPath(nullptr, "/.brondel/recents.txt"); }
+std::string peekOrderPath() { return configPath(nullptr, "/.brondel/peek-order.toml"); }
+std::string cardsDir() { return configPath(nullptr, "/.brondel/cards"); }
+
+std::optional<std::string> configRead(const std::string& path)
+{
+    if (path.empty())
+        return std::nullopt;
+    auto text = fileReadAll(path);
+    if (!text || !configIsUtf8(*text))
+        return std::nullopt;
+    return text;
+}
+
+bool configWrite(const std::string& path, std::string_view text)
+{
+    return fileWriteAtomic(path, text, ParentDirs::Create);
+}

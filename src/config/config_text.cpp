@@ -1,0 +1,190 @@
+#include "config/config_text.h"
+
+#include <charconv>
+
+std::vector<std::string_view> configSplitLines(std::string_view text)
+{
+    std::vector<std::string_view> lines;
+    size_t start = 0;
+    for (;;) {
+        size_t nl = text.find('\n', start);
+        if (nl == std::string_view::npos) {
+            lines.push_back(text.substr(start));
+            return lines;
+        }
+        lines.push_back(text.substr(start, nl - start));
+        start = nl + 1;
+    }
+}
+
+namespace {
+
+// Length of the horizontal white-space character at the start of `s`, or 0.
+size_t spaceAtStart(std::string_view s)
+{
+    if (s.empty())
+        return 0;
+    unsigned char c = s[0];
+    if (c == ' ' || c == '\t')
+        return 1;
+    // U+00A0
+    if (c == 0xC2 && s.size() >= 2 && (unsigned char)s[1] == 0xA0)
+        return 2;
+    // U+1680
+    if (c == 0xE1 && s.size() >= 3 && (unsigned char)s[1] == 0x9A && (unsigned char)s[2] == 0x80)
+        return 3;
+    if (c == 0xE2 && s.size() >= 3) {
+        unsigned char b1 = s[1], b2 = s[2];
+        if (b1 == 0x80 && (b2 <= 0x8A || b2 == 0xAF)) // U+2000..U+200A, U+202F
+            return 3;
+        if (b1 == 0x81 && b2 == 0x9F) // U+205F
+            return 3;
+    }
+    if (c == 0xE3 && s.size() >= 3 && (unsigned char)s[1] == 0x80 && (unsigned char)s[2] == 0x80)
+        return 3; // U+3000
+    return 0;
+}
+
+size_t spaceAtEnd(std::string_view s)
+{
+    for (size_t len : {size_t(1), size_t(2), size_t(3)}) {
+        if (s.size() < len)
+            break;
+        std::string_view tail = s.substr(s.size() - len);
+        if (spaceAtStart(tail) == len)
+            return len;
+    }
+    return 0;
+}
+
+} // namespace
+
+std::string_view configTrim(std::string_view text)
+{
+    while (size_t n = spaceAtStart(text))
+        text.remove_prefix(n);
+    while (size_t n = spaceAtEnd(text))
+        text.remove_suffix(n);
+    return text;
+}
+
+std::optional<std::pair<std::string, std::string>> configKeyValue(std::string_view line)
+{
+    std::string_view t = configTrim(line);
+    if (t.starts_with('#'))
+        return std::nullopt;
+    size_t eq = t.find('=');
+    if (eq == std::string_view::npos)
+        return std::nullopt;
+    std::string_view key = configTrim(t.substr(0, eq));
+    std::string_view raw = configTrim(t.substr(eq + 1));
+    if (raw.starts_with('"')) {
+        size_t close = raw.find('"', 1);
+        if (close != std::string_view::npos)
+            return std::pair{std::string(key), std::string(raw.substr(1, close - 1))};
+    }
+    size_t hash = raw.find('#');
+    if (hash != std::string_view::npos)
+        raw = configTrim(raw.substr(0, hash));
+    return std::pair{std::string(key), std::string(raw)};
+}
+
+std::optional<std::pair<std::string, std::string>> configCardKeyValue(std::string_view line)
+{
+    size_t hash = line.find('#');
+    if (hash != std::string_view::npos)
+        line = line.substr(0, hash);
+    std::string_view t = configTrim(line);
+    size_t eq = t.find('=');
+    if (eq == std::string_view::npos)
+        return std::nullopt;
+    std::string_view key = configTrim(t.substr(0, eq));
+    std::string_view value = configTrim(t.substr(eq + 1));
+    while (value.starts_with('"'))
+        value.remove_prefix(1);
+    while (value.ends_with('"'))
+        value.remove_suffix(1);
+    return std::pair{std::string(key), std::string(value)};
+}
+
+std::vector<std::string> configQuotedStrings(std::string_view line)
+{
+    std::vector<std::string> out;
+    std::string_view t = configTrim(line);
+    size_t pos = 0;
+    for (;;) {
+        size_t open = t.find('"', pos);
+        if (open == std::string_view::npos)
+            return out;
+        size_t close = t.find('"', open + 1);
+        if (close == std::string_view::npos)
+            return out;
+        out.emplace_back(t.substr(open + 1, close - open - 1));
+        pos = close + 1;
+    }
+}
+
+bool configBool(std::string_view value)
+{
+    return value == "true";
+}
+
+std::optional<int64_t> configParseInt(std::string_view value)
+{
+    bool negative = false;
+    if (!value.empty() && (value[0] == '+' || value[0] == '-')) {
+        negative = value[0] == '-';
+        value.remove_prefix(1);
+    }
+    if (value.empty())
+        return std::nullopt;
+    for (char c : value)
+        if (c < '0' || c > '9')
+            return std::nullopt;
+    // Parse with the sign attached so that INT64_MIN is accepted and overflow is caught.
+    std::string withSign = (negative ? "-" : "") + std::string(value);
+    int64_t result = 0;
+    auto [ptr, ec] = std::from_chars(withSign.data(), withSign.data() + withSign.size(), result);
+    if (ec != std::errc() || ptr != withSign.data() + withSign.size())
+        return std::nullopt;
+    return result;
+}
+
+bool configIsUtf8(std::string_view bytes)
+{
+    const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
+    size_t n = bytes.size(), i = 0;
+    while (i < n) {
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        size_t len;
+        uint32_t cp;
+        if ((c & 0xE0) == 0xC0) {
+            len = 2;
+            cp = c & 0x1F;
+        } else if ((c & 0xF0) == 0xE0) {
+            len = 3;
+            cp = c & 0x0F;
+        } else if ((c & 0xF8) == 0xF0) {
+            len = 4;
+            cp = c & 0x07;
+        } else {
+            return false;
+        }
+        if (i + len > n)
+            return false;
+        for (size_t k = 1; k < len; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (s[i + k] & 0x3F);
+        }
+        if ((len == 2 && cp < 0x80) || (len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000)
+            || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += len;
+    }
+    return true;
+}

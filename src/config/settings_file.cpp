@@ -1,0 +1,118 @@
+#include "config/settings_file.h"
+
+#include "config/config_file.h"
+#include "config/config_text.h"
+
+#include <algorithm>
+#include <variant>
+
+namespace {
+
+// Each field is described once; reading and writing both walk this table, in the
+// order the file lists them.
+enum class Rule { Plain, SortKey, NonEmpty, RecentCount };
+
+struct Field {
+    const char* key;
+    std::variant<bool BrondelSettings::*, std::string BrondelSettings::*, int64_t BrondelSettings::*> member;
+    Rule rule = Rule::Plain;
+    const char* comment = nullptr; // written after the value
+};
+
+const Field kFields[] = {
+    {"show_hidden", &BrondelSettings::showHidden},
+    {"sort_by", &BrondelSettings::sortBy, Rule::SortKey, "        # name | date | size | kind"},
+    {"ascending", &BrondelSettings::ascending},
+    {"folders_first", &BrondelSettings::foldersFirst},
+    {"show_recent", &BrondelSettings::showRecent},
+    {"recent_count", &BrondelSettings::recentCount, Rule::RecentCount},
+    {"drives_title", &BrondelSettings::drivesTitle, Rule::NonEmpty},
+    {"items_title", &BrondelSettings::itemsTitle, Rule::NonEmpty},
+    {"favorites_title", &BrondelSettings::favoritesTitle, Rule::NonEmpty},
+    {"recent_title", &BrondelSettings::recentTitle, Rule::NonEmpty},
+    {"show_downloads", &BrondelSettings::showDownloads},
+};
+
+constexpr std::string_view kInfoPrefix = "info_";
+constexpr int64_t kRecentDefault = 8;
+
+void apply(BrondelSettings& s, const Field& field, const std::string& value)
+{
+    if (auto m = std::get_if<bool BrondelSettings::*>(&field.member)) {
+        s.*(*m) = configBool(value);
+    } else if (auto m = std::get_if<int64_t BrondelSettings::*>(&field.member)) {
+        auto number = configParseInt(value);
+        s.*(*m) = number ? std::clamp<int64_t>(*number, 0, 50) : kRecentDefault;
+    } else if (auto m = std::get_if<std::string BrondelSettings::*>(&field.member)) {
+        if (field.rule == Rule::SortKey && value != "name" && value != "date" && value != "size" && value != "kind")
+            return;
+        if (field.rule == Rule::NonEmpty && value.empty())
+            return;
+        s.*(*m) = value;
+    }
+}
+
+} // namespace
+
+BrondelSettings settingsParse(std::string_view text)
+{
+    BrondelSettings s;
+    for (std::string_view line : configSplitLines(text)) {
+        auto kv = configKeyValue(line);
+        if (!kv)
+            continue;
+        const auto& [key, value] = *kv;
+        if (std::string_view(key).starts_with(kInfoPrefix)) {
+            s.infoOn[key.substr(kInfoPrefix.size())] = configBool(value);
+            continue;
+        }
+        for (const Field& field : kFields)
+            if (key == field.key)
+                apply(s, field, value);
+    }
+    return s;
+}
+
+std::string settingsFormat(const BrondelSettings& s)
+{
+    std::string out = "# Brondel settings \u2014 edited by Brondel \u2192 Settings\u2026, or by hand.\n";
+    for (const Field& field : kFields) {
+        out += field.key;
+        out += " = ";
+        if (auto m = std::get_if<bool BrondelSettings::*>(&field.member))
+            out += s.*(*m) ? "true" : "false";
+        else if (auto m = std::get_if<int64_t BrondelSettings::*>(&field.member))
+            out += std::to_string(s.*(*m));
+        else if (auto m = std::get_if<std::string BrondelSettings::*>(&field.member))
+            out += "\"" + s.*(*m) + "\"";
+        if (field.comment)
+            out += field.comment;
+        out += "\n";
+    }
+    bool first = true;
+    for (const auto& [key, on] : s.infoOn) { // std::map: ascending by code point
+        if (!first)
+            out += "\n";
+        first = false;
+        out += std::string(kInfoPrefix) + key + " = " + (on ? "true" : "false");
+    }
+    out += "   # size info modules (brondel infos)\n";
+    return out;
+}
+
+BrondelSettings settingsLoad()
+{
+    auto text = configRead(settingsPath());
+    return text ? settingsParse(*text) : BrondelSettings{};
+}
+
+bool settingsSave(const BrondelSettings& settings)
+{
+    return configWrite(settingsPath(), settingsFormat(settings));
+}
+
+BrondelSettings& Settings::current()
+{
+    static BrondelSettings current = settingsLoad();
+    return current;
+}

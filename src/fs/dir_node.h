@@ -1,0 +1,29 @@
+#pragma once
+// One file-system entry or pseudo-entry (a section header, a favourites entry), shared
+// by reference between trees, views and caches. Names and paths hold the bytes the OS
+// gives: a name that is not valid UTF-8 is kept exactly.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct DirNode;
+using DirNodePtr = std::shared_ptr<DirNode>;
+
+struct DirNode {
+    std::string name;
+    std::string path;
+    bool isDir = false;
+    int64_t size = 0;
+    std::optional<int64_t> dateModified; // whole seconds since 1970
+    std::string kind;
+    std::vector<DirNodePtr> children;
+    bool childrenLoaded = false;
+    bool isSectionHeader = false;
+    std::optional<double> hue;
+    bool isPinned = false;
+
+    static DirNodePtr make() { return std::make_shared<DirNode>(); }
+};

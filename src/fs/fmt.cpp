@@ -1,0 +1,111 @@
+#include "fs/fmt.h"
+
+#include "fs/collation.h"
+
+#include <unicode/udat.h>
+#include <unicode/ustring.h>
+
+#include <cstdio>
+#include <mutex>
+#include <vector>
+
+std::string fmtHuman(int64_t bytes)
+{
+    static const char* const kUnits[] = {"B", "KB", "MB", "GB", "TB"};
+    if (bytes < 1024)
+        return std::to_string(bytes) + " B";
+    double value = double(bytes) / 1024.0;
+    int step = 1;
+    while (value >= 1024.0 && step < 4) {
+        value /= 1024.0;
+        ++step;
+    }
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%.1f %s", value, kUnits[step]);
+    return buf;
+}
+
+namespace {
+
+struct DateFormatter {
+    std::mutex lock;
+    UDateFormat* format = nullptr;
+
+    DateFormatter()
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        std::string locale = NameCollator::localeId();
+        // Time zone: ICU's default, which follows TZ and the system zone.
+        format = udat_open(UDAT_SHORT, UDAT_MEDIUM, locale.c_str(), nullptr, -1, nullptr, -1, &status);
+        if (U_FAILURE(status))
+            format = nullptr;
+    }
+};
+
+} // namespace
+
+std::string dateFmt(int64_t seconds)
+{
+    static DateFormatter formatter;
+    if (!formatter.format)
+        return std::to_string(seconds);
+    UChar buf[256];
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t len;
+    {
+        std::lock_guard guard(formatter.lock);
+        len = udat_format(formatter.format, double(seconds) * 1000.0, buf, 256, nullptr, &status);
+    }
+    if (U_FAILURE(status))
+        return std::to_string(seconds);
+    char out[1024];
+    int32_t outLen = 0;
+    status = U_ZERO_ERROR;
+    u_strToUTF8(out, sizeof out, &outLen, buf, len, &status);
+    return U_FAILURE(status) ? std::to_string(seconds) : std::string(out, size_t(outLen));
+}
+
+size_t fmtDisplayLength(std::string_view text)
+{
+    size_t units = 0;
+    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+    size_t n = text.size(), i = 0;
+    while (i < n) {
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            ++units;
+            ++i;
+            continue;
+        }
+        size_t len = (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
+        bool ok = len != 0 && i + len <= n;
+        for (size_t k = 1; ok && k < len; ++k)
+            ok = (s[i + k] & 0xC0) == 0x80;
+        if (ok && len == 2 && c < 0xC2)
+            ok = false; // overlong
+        if (ok && len == 3) {
+            unsigned cp = ((c & 0x0F) << 12) | ((s[i + 1] & 0x3F) << 6) | (s[i + 2] & 0x3F);
+            ok = cp >= 0x800 && (cp < 0xD800 || cp > 0xDFFF);
+        }
+        if (ok && len == 4) {
+            unsigned cp = ((c & 0x07) << 18) | ((s[i + 1] & 0x3F) << 12) | ((s[i + 2] & 0x3F) << 6) | (s[i + 3] & 0x3F);
+            ok = cp >= 0x10000 && cp <= 0x10FFFF;
+        }
+        if (!ok) {
+            ++units; // one replacement character for the offending byte
+            ++i;
+            continue;
+        }
+        units += len == 4 ? 2 : 1;
+        i += len;
+    }
+    return units;
+}
+
+void fmtAppendPadded(std::string& out, std::string_view text, size_t width)
+{
+    out.append(text);
+    size_t len = fmtDisplayLength(text);
+    if (len < width)
+        out.append(width - len, ' ');
+}

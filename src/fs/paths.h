@@ -1,0 +1,11 @@
+#pragma once
+// Path strings as the program compares them: the home folder, tilde expansion.
+
+#include <string>
+
+// The user's home folder: $HOME when set, else the password database's entry.
+std::string homeDir();
+
+// Expands a leading "~" or "~/..." to the home folder and "~user/..." to that user's
+// home; any other path (and an unknown user) is returned unchanged.
+std::string expandTilde(const std::string& path);

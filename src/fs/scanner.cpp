@@ -1,0 +1,270 @@
+#include "fs/scanner.h"
+
+#include "fs/file_io.h"
+#include "fs/sort_nodes.h"
+#include "fs/sys_calls.h"
+
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <dirent.h>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+bool isAscii(std::string_view s)
+{
+    for (unsigned char c : s)
+        if (c >= 0x80)
+            return false;
+    return true;
+}
+
+std::string asciiUpper(std::string_view s)
+{
+    std::string out(s);
+    for (char& c : out)
+        if (c >= 'a' && c <= 'z')
+            c = char(c - 'a' + 'A');
+    return out;
+}
+
+bool validUtf8(std::string_view s)
+{
+    int32_t len = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(nullptr, 0, &len, s.data(), int32_t(s.size()), &status);
+    return status != U_INVALID_CHAR_FOUND && status != U_ILLEGAL_CHAR_FOUND;
+}
+
+// Full Unicode case mapping (root locale) of valid UTF-8.
+std::string icuCase(std::string_view s, bool upper)
+{
+    std::vector<UChar> in(s.size() + 1), out(s.size() * 3 + 8);
+    int32_t inLen = 0, outLen = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(in.data(), int32_t(in.size()), &inLen, s.data(), int32_t(s.size()), &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    status = U_ZERO_ERROR;
+    outLen = upper ? u_strToUpper(out.data(), int32_t(out.size()), in.data(), inLen, "", &status)
+                   : u_strToLower(out.data(), int32_t(out.size()), in.data(), inLen, "", &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    std::string result(size_t(outLen) * 3 + 1, '\0');
+    int32_t len8 = 0;
+    status = U_ZERO_ERROR;
+    u_strToUTF8(result.data(), int32_t(result.size()), &len8, out.data(), outLen, &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    result.resize(size_t(len8));
+    return result;
+}
+
+struct Job {
+    DirNode* node;
+    int64_t remaining;
+};
+
+// The state one scan shares between its threads.
+class ScanRun {
+public:
+    ScanRun(const BrondelSettings& settings, int threads)
+        : m_settings(settings)
+        , m_threads(threads)
+    {
+    }
+
+    void run(DirNode& root, int64_t depth)
+    {
+        if (m_threads <= 1 || depth < 2) {
+            readTree(root, depth);
+            return;
+        }
+        push({&root, depth});
+        std::vector<std::thread> workers;
+        for (int i = 1; i < m_threads; ++i)
+            workers.emplace_back([this] { work(); });
+        work();
+        for (auto& t : workers)
+            t.join();
+    }
+
+private:
+    // Sequential depth-first reading.
+    void readTree(DirNode& node, int64_t remaining)
+    {
+        std::vector<Job> subs;
+        readFolder(node, remaining, subs);
+        for (const Job& job : subs)
+            readTree(*job.node, job.remaining);
+    }
+
+    void push(Job job)
+    {
+        {
+            std::lock_guard guard(m_lock);
+            m_jobs.push_back(job);
+            ++m_outstanding;
+        }
+        m_wake.notify_one();
+    }
+
+    void work()
+    {
+        std::vector<Job> subs;
+        for (;;) {
+            Job job;
+            {
+                std::unique_lock guard(m_lock);
+                m_wake.wait(guard, [this] { return !m_jobs.empty() || m_outstanding == 0; });
+                if (m_jobs.empty())
+                    return;
+                job = m_jobs.back(); // depth first keeps the queue short
+                m_jobs.pop_back();
+            }
+            subs.clear();
+            readFolder(*job.node, job.remaining, subs);
+            // A thread keeps working down its own branch while the other one is busy;
+            // shared jobs are only published when someone could take them.
+            {
+                std::lock_guard guard(m_lock);
+                for (const Job& sub : subs) {
+                    m_jobs.push_back(sub);
+                    ++m_outstanding;
+                }
+                --m_outstanding;
+            }
+            if (m_outstanding.load() == 0)
+                m_wake.notify_all();
+            else if (!subs.empty())
+                m_wake.notify_all();
+        }
+    }
+
+    // Reads one folder into node.children; appends its subfolders still to be read.
+    void readFolder(DirNode& parent, int64_t remaining, std::vector<Job>& subs)
+    {
+        int fd = sysOpen(parent.path.c_str(), O_RDONLY | O_DIRECTORY);
+        DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
+        if (!dir) {
+            if (fd >= 0)
+                sysClose(fd);
+            return;
+        }
+        const bool atRoot = parent.path == "/";
+        std::vector<DirNodePtr> children;
+        while (struct dirent* entry = ::readdir(dir)) {
+            const char* name = entry->d_name;
+            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+                continue;
+            if (name[0] == '.' && !m_settings.showHidden)
+                continue;
+            auto node = makeNode(fd, name, atRoot ? "/" + std::string(name) : parent.path + "/" + name, entry->d_type);
+            if (node->isDir && remaining >= 2) {
+                node->childrenLoaded = true;
+                subs.push_back({node.get(), remaining - 1});
+            } else {
+                node->childrenLoaded = !node->isDir;
+            }
+            children.push_back(std::move(node));
+        }
+        ::closedir(dir);
+        parent.children = sortNodes(std::move(children), sortPlaceOf(parent.path), m_settings);
+        parent.childrenLoaded = true;
+    }
+
+    static DirNodePtr makeNode(int dirfd, const char* name, std::string path, unsigned char dType)
+    {
+        auto node = DirNode::make();
+        node->name = name;
+        node->path = std::move(path);
+        struct stat st;
+        int rc;
+        do
+            rc = sysCalls().fstatat(dirfd, name, &st, 0);
+        while (rc != 0 && errno == EINTR);
+        const bool statOk = rc == 0;
+        node->isDir = statOk ? S_ISDIR(st.st_mode) : dType == DT_DIR;
+        node->size = statOk && !node->isDir ? int64_t(st.st_size) : 0;
+        if (statOk)
+            node->dateModified = int64_t(st.st_mtim.tv_sec);
+        if (dType == DT_LNK)
+            node->kind = "Alias";
+        else if (node->isDir)
+            node->kind = "Folder";
+        else
+            node->kind = nodeExtKind(node->name);
+        return node;
+    }
+
+    const BrondelSettings& m_settings;
+    const int m_threads;
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    std::vector<Job> m_jobs;
+    std::atomic<int64_t> m_outstanding{0};
+};
+
+} // namespace
+
+Scanner::Scanner(const BrondelSettings& settings)
+    : m_settings(settings)
+{
+}
+
+DirNodePtr Scanner::scan(const std::string& path, int64_t depth) const
+{
+    auto root = DirNode::make();
+    std::string last = pathLastComponent(path);
+    root->name = last.empty() ? path : last;
+    root->path = path;
+    root->isDir = true;
+    if (depth < 1)
+        return root;
+    ScanRun(m_settings, m_threads).run(*root, depth);
+    return root;
+}
+
+void Scanner::loadChildren(DirNode& node) const
+{
+    if (node.childrenLoaded)
+        return;
+    auto fresh = scan(node.path, 1);
+    node.children = std::move(fresh->children);
+    node.childrenLoaded = true;
+}
+
+std::string nodeExtKind(std::string_view name)
+{
+    size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size())
+        return "Document";
+    std::string_view ext = name.substr(dot + 1);
+    std::string upper = isAscii(ext) ? asciiUpper(ext) : validUtf8(ext) ? icuCase(ext, true) : asciiUpper(ext);
+    return upper + " file";
+}
+
+std::string filterLower(std::string_view text)
+{
+    if (isAscii(text) || !validUtf8(text)) {
+        std::string out(text);
+        for (char& c : out)
+            if (c >= 'A' && c <= 'Z')
+                c = char(c - 'A' + 'a');
+        return out;
+    }
+    return icuCase(text, false);
+}
+
+void filterWalk(const DirNodePtr& node, std::string_view lowerQuery, std::vector<DirNodePtr>& into)
+{
+    if (filterLower(node->name).find(lowerQuery) != std::string::npos)
+        into.push_back(node);
+    for (const auto& child : node->children)
+        filterWalk(child, lowerQuery, into);
+}

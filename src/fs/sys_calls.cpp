@@ -1,0 +1,75 @@
+#include "fs/sys_calls.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+int realOpen(const char* path, int flags, mode_t mode) { return ::open(path, flags, mode); }
+int realOpenat(int dirfd, const char* path, int flags, mode_t mode) { return ::openat(dirfd, path, flags, mode); }
+int realFstatat(int dirfd, const char* path, struct stat* st, int flags) { return ::fstatat(dirfd, path, st, flags); }
+
+const SysCalls kReal = {
+    realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
+    ::mkdir, ::stat, ::lstat, realFstatat,
+};
+
+std::atomic<const SysCalls*> g_current{&kReal};
+
+} // namespace
+
+const SysCalls& sysCalls() { return *g_current.load(std::memory_order_acquire); }
+const SysCalls& sysCallsReal() { return kReal; }
+
+SysCallsOverride::SysCallsOverride(const SysCalls& calls)
+    : m_previous(g_current.exchange(&calls))
+{
+}
+
+SysCallsOverride::~SysCallsOverride() { g_current.store(m_previous); }
+
+int sysOpen(const char* path, int flags, mode_t mode)
+{
+    int fd;
+    do
+        fd = sysCalls().open(path, flags | O_CLOEXEC, mode);
+    while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+ssize_t sysReadAll(int fd, void* buf, size_t count)
+{
+    size_t done = 0;
+    while (done < count) {
+        ssize_t n = sysCalls().read(fd, static_cast<char*>(buf) + done, count - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return -1;
+        if (n == 0)
+            break;
+        done += size_t(n);
+    }
+    return ssize_t(done);
+}
+
+bool sysWriteAll(int fd, const void* buf, size_t count)
+{
+    size_t done = 0;
+    while (done < count) {
+        ssize_t n = sysCalls().write(fd, static_cast<const char*>(buf) + done, count - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        done += size_t(n);
+    }
+    return true;
+}
+
+int sysClose(int fd)
+{
+    // close() must not be retried on EINTR on Linux: the descriptor is gone either way.
+    return sysCalls().close(fd);
+}

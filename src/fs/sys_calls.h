@@ -1,0 +1,51 @@
+#pragma once
+// The seam between Brondel and the system calls that touch the disk. Production code
+// calls through sysCalls(); a test swaps in its own table with SysCallsOverride to feed
+// EINTR, EACCES, ENOSPC and the like. The retry helpers below absorb EINTR.
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+struct SysCalls {
+    int (*open)(const char* path, int flags, mode_t mode);
+    int (*openat)(int dirfd, const char* path, int flags, mode_t mode);
+    int (*close)(int fd);
+    ssize_t (*read)(int fd, void* buf, size_t count);
+    ssize_t (*write)(int fd, const void* buf, size_t count);
+    int (*fsync)(int fd);
+    int (*rename)(const char* from, const char* to);
+    int (*link)(const char* from, const char* to);
+    int (*unlink)(const char* path);
+    int (*mkdir)(const char* path, mode_t mode);
+    int (*stat)(const char* path, struct stat* st);
+    int (*lstat)(const char* path, struct stat* st);
+    int (*fstatat)(int dirfd, const char* path, struct stat* st, int flags);
+};
+
+// The table in force (the real calls unless a test overrides them).
+const SysCalls& sysCalls();
+
+// The real system calls.
+const SysCalls& sysCallsReal();
+
+// Installs `calls` for the lifetime of the object (tests only; not thread-safe against
+// calls in flight).
+class SysCallsOverride {
+public:
+    explicit SysCallsOverride(const SysCalls& calls);
+    ~SysCallsOverride();
+    SysCallsOverride(const SysCallsOverride&) = delete;
+    SysCallsOverride& operator=(const SysCallsOverride&) = delete;
+
+private:
+    const SysCalls* m_previous;
+};
+
+// Wrappers that retry on EINTR.
+int sysOpen(const char* path, int flags, mode_t mode = 0);
+ssize_t sysReadAll(int fd, void* buf, size_t count);   // reads until count or EOF
+bool sysWriteAll(int fd, const void* buf, size_t count); // writes everything or fails
+int sysClose(int fd);

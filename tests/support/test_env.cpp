@@ -1,0 +1,72 @@
+#include "support/test_env.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+std::string g_home;
+}
+
+void testIsolateEnvironment()
+{
+    if (!g_home.empty())
+        return;
+    const char* tmp = std::getenv("TMPDIR");
+    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/brondel-test-XXXXXX";
+    std::vector<char> buf(pattern.begin(), pattern.end());
+    buf.push_back('\0');
+    if (!::mkdtemp(buf.data()))
+        std::abort();
+    g_home = buf.data();
+    ::setenv("HOME", g_home.c_str(), 1);
+    for (auto [var, sub] : {std::pair{"XDG_CONFIG_HOME", "/.config"}, {"XDG_DATA_HOME", "/.local/share"},
+                            {"XDG_CACHE_HOME", "/.cache"}, {"XDG_STATE_HOME", "/.local/state"}}) {
+        ::setenv(var, (g_home + sub).c_str(), 1);
+    }
+    ::setenv("XDG_DOWNLOAD_DIR", (g_home + "/Downloads").c_str(), 1);
+    for (const char* var : {"BRONDEL_SETTINGS", "BRONDEL_PINNED", "BRONDEL_SIDEBAR", "BRONDEL_PALETTE",
+                            "BRONDEL_BACKGROUND"})
+        ::unsetenv(var);
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+}
+
+const std::string& testHome()
+{
+    testIsolateEnvironment();
+    return g_home;
+}
+
+int testRun(const std::string& command, std::string* out, std::string* err)
+{
+    std::string errFile = testHome() + "/.stderr-" + std::to_string(::getpid());
+    std::string full = "(" + command + ") 2>'" + errFile + "'";
+    FILE* pipe = ::popen(full.c_str(), "r");
+    if (!pipe)
+        return -1;
+    std::string text;
+    char buf[65536];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0)
+        text.append(buf, n);
+    int status = ::pclose(pipe);
+    if (out)
+        *out = text;
+    std::ifstream errIn(errFile, std::ios::binary);
+    std::stringstream errText;
+    errText << errIn.rdbuf();
+    if (err)
+        *err = errText.str();
+    ::unlink(errFile.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string testBrondel()
+{
+    const char* bin = std::getenv("BRONDEL_BIN");
+    return bin ? bin : "brondel";
+}
