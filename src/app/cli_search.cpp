@@ -21,7 +21,11 @@ int CLISearch::run(const Args& args, CliOut& out)
     const std::string& query = args[1];
     const NameFilter filter(query);
     Scanner scanner(Settings::current());
-    scanner.setStatusOnlyFor(&filter); // only matches are printed with their sizes
+    if (cliPlainScan()) {
+        scanner.setThreads(1);
+    } else {
+        scanner.setStatusOnlyFor(&filter); // only matches are printed with their sizes
+    }
     DirNodePtr root = scanner.scan(expandTilde(typedPath), kSearchDepth);
     cliKeepUntilExit(root);
     std::vector<DirNodePtr> matches;
