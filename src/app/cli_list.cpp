@@ -1,5 +1,6 @@
 #include "app/cli_list.h"
 
+#include "app/cli_keep.h"
 #include "config/settings_file.h"
 #include "fs/fmt.h"
 #include "fs/scanner.h"
@@ -16,6 +17,7 @@ int CLIList::run(const Args& args, CliOut& out)
         out.line("Empty or not a directory: " + path);
         return 0;
     }
+    cliKeepUntilExit(root);
     const auto& children = root->children;
     std::vector<std::string> infos;
     infos.reserve(children.size());
