@@ -2,6 +2,7 @@
 
 #include "cards/card_sections.h"
 #include "cards/downloads.h"
+#include "fs/volume_list.h"
 
 std::vector<CardEntry> cardListFrom(const std::vector<std::string>& downloadsTitles, const std::string& drivesTitle)
 {
@@ -14,7 +15,7 @@ std::vector<CardEntry> cardListFrom(const std::vector<std::string>& downloadsTit
 
 std::vector<CardEntry> cardList(const BrondelSettings& settings)
 {
-    const std::vector<Volume> volumes = downloadsVolumes();
+    const std::vector<Volume> volumes = VolumeList::mounted();
     std::vector<std::string> titles;
     for (const std::string& folder : downloadsFolders(volumes))
         titles.push_back(downloadsTitle(folder, volumes));

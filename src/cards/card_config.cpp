@@ -5,24 +5,9 @@
 #include "fs/file_io.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdlib>
 
 namespace {
-
-// A decimal floating-point number and nothing else: no leading white space, no trailing
-// text. "nan" counts as not a number, so it can never reach the clamps.
-std::optional<double> parseDouble(std::string_view value)
-{
-    if (value.starts_with('+') && value.size() > 1 && value[1] != '-' && value[1] != '+')
-        value.remove_prefix(1);
-    double result = 0;
-    auto [ptr, ec] = std::from_chars(value.data(), value.data() + value.size(), result);
-    if (value.empty() || ec != std::errc() || ptr != value.data() + value.size() || std::isnan(result))
-        return std::nullopt;
-    return result;
-}
 
 std::vector<std::string> splitBars(std::string_view value)
 {
@@ -88,7 +73,7 @@ bool cardConfigSet(CardConfig& config, std::string_view field, std::string_view 
     else if (field == "thumbs")
         config.thumbs = configBool(value);
     else if (field == "icon_size")
-        config.iconSize = std::clamp(parseDouble(value).value_or(config.iconSize), 16.0, 128.0);
+        config.iconSize = std::clamp(configParseDouble(value).value_or(config.iconSize), 16.0, 128.0);
     else if (field == "collapsed")
         config.collapsed = configBool(value);
     else if (field == "hidden")
@@ -96,7 +81,7 @@ bool cardConfigSet(CardConfig& config, std::string_view field, std::string_view 
     else if (field == "legend_rows")
         config.legendRows = std::clamp<int64_t>(configParseInt(value).value_or(config.legendRows), 1, 30);
     else if (field == "tile_width")
-        config.tileWidth = std::clamp(parseDouble(value).value_or(config.tileWidth), 140.0, 600.0);
+        config.tileWidth = std::clamp(configParseDouble(value).value_or(config.tileWidth), 140.0, 600.0);
     else
         return false;
     return true;

@@ -51,3 +51,10 @@ bool iconViewAtRoot(const IconViewInput& in);
 // shown) and the Drives card, elsewhere one section of the folder's items; then the
 // Favorites card.
 std::vector<IconSec> buildSections(const IconViewInput& in);
+
+// Gathers the input for a shown folder: the host's name, at the root (with the Downloads
+// cards on) every downloads folder scanned one level deep, the favourites headers and the
+// time now. Reads the disk (volume probes of up to 3 s, folders, the favourites and
+// recents files): call it off the UI thread.
+IconViewInput iconViewGather(const std::string& path, const std::string& name, std::vector<DirNodePtr> items,
+                             const BrondelSettings& settings);

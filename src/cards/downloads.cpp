@@ -2,6 +2,7 @@
 
 #include "fs/file_io.h"
 #include "fs/sys_calls.h"
+#include "fs/volume_list.h"
 
 #include <QStandardPaths>
 
@@ -40,7 +41,7 @@ std::vector<std::string> downloadsFolders(const std::vector<Volume>& volumes)
 
 std::vector<std::string> downloadsFolders()
 {
-    return downloadsFolders(downloadsVolumes());
+    return downloadsFolders(VolumeList::mounted());
 }
 
 std::string downloadsTitle(const std::string& path, const std::vector<Volume>& volumes)
@@ -64,11 +65,7 @@ std::string downloadsTitle(const std::string& path, const std::vector<Volume>& v
 
 std::string downloadsTitle(const std::string& path)
 {
-    return downloadsTitle(path, downloadsVolumes());
-}
-
-std::vector<Volume> downloadsVolumes()
-{
-    // Filled in by the volume list.
-    return {};
+    // Only the mount point matters here, so the mount table will do: no capacity probes.
+    auto mount = volumeContaining(path);
+    return mount ? downloadsTitle(path, {Volume{pathLastComponent(*mount), *mount}}) : pathLastComponent(path);
 }

@@ -18,7 +18,8 @@ std::vector<std::string> downloadsFoldersFrom(const std::vector<std::string>& ca
 // The user's downloads directory, then "<mount point>/Downloads" of each volume in order.
 std::vector<std::string> downloadsFolders(const std::vector<Volume>& volumes);
 
-// The same for the volumes mounted now.
+// The same for the volumes mounted now (VolumeList::mounted(): a volume whose probe does
+// not answer in time is left out, so a dead network mount is never looked into).
 std::vector<std::string> downloadsFolders();
 
 // The card title of a downloads folder: its last component, and for a folder on one of
@@ -28,6 +29,3 @@ std::string downloadsTitle(const std::string& path, const std::vector<Volume>& v
 
 // The same against the volumes mounted now.
 std::string downloadsTitle(const std::string& path);
-
-// The volumes mounted now (the user-visible ones, in the volume list's order).
-std::vector<Volume> downloadsVolumes();

@@ -3,7 +3,11 @@
 #include "cards/card_show_all.h"
 #include "cards/downloads.h"
 
+#include "config/pinned_file.h"
+#include "fs/computer_root.h"
+#include "fs/file_io.h"
 #include "support/temp_tree.h"
+#include "support/test_env.h"
 
 #include <gtest/gtest.h>
 
@@ -165,6 +169,33 @@ TEST(BuildSections, FolderShowsItsItemsThenFavorites)
     in.favorites = {header("Work", 0.5, {})};
     in.settings.favoritesTitle = "Pinned";
     EXPECT_EQ(describe(buildSections(in)), "0|Items||-||2 top=12\n1|Pinned|Work|-||0 pinned=Work\n");
+}
+
+// The gathered input, from the files of the test home, built into sections.
+TEST(BuildSections, GathersDownloadsAndFavoritesFromDisk)
+{
+    TempTree tree;
+    ASSERT_TRUE(pinnedAdd(tree.dir("Projects"), "Work"));
+    const std::string downloads = testHome() + "/Downloads";
+    ASSERT_TRUE(fileMakeDirs(downloads));
+    fileWriteAtomic(downloads + "/a.txt", "x");
+
+    BrondelSettings settings;
+    settings.showRecent = false;
+    auto in = iconViewGather("/", ComputerRoot::hostName(), {}, settings);
+    ASSERT_FALSE(in.downloads.empty());
+    EXPECT_EQ(in.downloads[0].title, "Downloads");
+    ASSERT_EQ(in.downloads[0].children.size(), 1u);
+    EXPECT_EQ(in.downloads[0].children[0]->name, "a.txt");
+    ASSERT_EQ(in.favorites.size(), 1u);
+    EXPECT_EQ(in.favorites[0]->name, "Work");
+    auto sections = buildSections(in);
+    EXPECT_EQ(sections.front().cardKey, "downloads");
+    EXPECT_EQ(sections.back().pinned, "Work");
+
+    in = iconViewGather(tree.root(), "tree", {}, settings);
+    EXPECT_TRUE(in.downloads.empty()); // only the root shows the Downloads cards
+    EXPECT_EQ(in.favorites.size(), 1u);
 }
 
 TEST(Downloads, FoldersResolveLinksAndSkipDuplicates)
