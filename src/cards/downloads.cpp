@@ -1,9 +1,11 @@
 #include "cards/downloads.h"
 
 #include "fs/file_io.h"
+#include "fs/paths.h"
 #include "fs/sys_calls.h"
 #include "fs/volume_list.h"
 
+#include <QFile>
 #include <QStandardPaths>
 
 #include <climits>
@@ -12,7 +14,14 @@
 
 std::string downloadsUserDir()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::DownloadLocation).toStdString();
+    std::string dir = QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).toStdString();
+    while (dir.size() > 1 && dir.ends_with('/'))
+        dir.pop_back();
+    // A user directory set to the home folder itself means "none" in user-dirs.dirs.
+    std::string home = homeDir();
+    while (home.size() > 1 && home.ends_with('/'))
+        home.pop_back();
+    return dir == home ? "" : dir;
 }
 
 std::vector<std::string> downloadsFoldersFrom(const std::vector<std::string>& candidates)

@@ -8,7 +8,8 @@
 #include <vector>
 
 // The user's downloads directory as the desktop names it (QStandardPaths, following
-// XDG_CONFIG_HOME/user-dirs.dirs); "" when there is none.
+// XDG_CONFIG_HOME/user-dirs.dirs); "" when there is none or it is the home folder
+// itself (how user-dirs.dirs switches a directory off).
 std::string downloadsUserDir();
 
 // The candidates in order with symbolic links resolved, keeping each existing directory

@@ -130,6 +130,8 @@ std::optional<UniformType> uniformTypeForExtension(std::string_view ext)
     }
     auto type = lookUp(ext);
     std::lock_guard guard(lock);
+    if (cache.size() >= 4096) // a folder of made-up extensions must not grow it forever
+        cache.clear();
     cache.emplace(std::string(ext), type);
     return type;
 }

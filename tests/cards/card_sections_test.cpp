@@ -211,6 +211,13 @@ TEST(Downloads, FoldersResolveLinksAndSkipDuplicates)
 
     const std::vector<Volume> volumes{{"Backup", tree.path("vol"), 0, 0}};
     EXPECT_EQ(downloadsFolders(volumes).back(), tree.path("vol/Downloads"));
+
+    // user-dirs.dirs pointing the downloads at the home folder switches them off.
+    fileWriteAtomic(testHome() + "/.config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/\"\n");
+    EXPECT_EQ(downloadsUserDir(), "");
+    fileWriteAtomic(testHome() + "/.config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Incoming\"\n");
+    EXPECT_EQ(downloadsUserDir(), testHome() + "/Incoming");
+    fileWriteAtomic(testHome() + "/.config/user-dirs.dirs", "");
 }
 
 TEST(Downloads, TitleNamesTheVolumeThatHoldsTheFolder)
