@@ -12,7 +12,10 @@ int CLIList::run(const Args& args, CliOut& out)
 {
     const std::string path = args.empty() ? "." : args[0]; // not tilde-expanded
     const BrondelSettings& settings = Settings::current();
-    DirNodePtr root = Scanner(settings).scan(path, 1);
+    Scanner scanner(settings);
+    if (cliPlainScan())
+        scanner.setThreads(1);
+    DirNodePtr root = scanner.scan(path, 1);
     if (root->children.empty()) {
         out.line("Empty or not a directory: " + path);
         return 0;
@@ -22,9 +25,10 @@ int CLIList::run(const Args& args, CliOut& out)
     std::vector<std::string> infos;
     infos.reserve(children.size());
     size_t nameWidth = 0, infoWidth = 0;
+    const auto modules = InfoModules::enabled(settings);
     for (const auto& child : children) {
         nameWidth = std::max(nameWidth, fmtDisplayLength(child->name));
-        std::string info = child->isSectionHeader ? "--" : infoLine(*child, settings).value_or("--");
+        std::string info = child->isSectionHeader ? "--" : infoLine(*child, modules).value_or("--");
         infoWidth = std::max(infoWidth, fmtDisplayLength(info));
         infos.push_back(std::move(info));
     }

@@ -24,7 +24,7 @@ int CLISearch::run(const Args& args, CliOut& out)
     if (cliPlainScan()) {
         scanner.setThreads(1);
     } else {
-        scanner.setStatusOnlyFor(&filter); // only matches are printed with their sizes
+        scanner.setSearchFilter(&filter); // keep only what is printed
     }
     DirNodePtr root = scanner.scan(expandTilde(typedPath), kSearchDepth);
     cliKeepUntilExit(root);

@@ -1,21 +1,13 @@
 #include "config/config_text.h"
 
+#include "fs/text_lines.h"
+
 #include <charconv>
 #include <cmath>
 
 std::vector<std::string_view> configSplitLines(std::string_view text)
 {
-    std::vector<std::string_view> lines;
-    size_t start = 0;
-    for (;;) {
-        size_t nl = text.find('\n', start);
-        if (nl == std::string_view::npos) {
-            lines.push_back(text.substr(start));
-            return lines;
-        }
-        lines.push_back(text.substr(start, nl - start));
-        start = nl + 1;
-    }
+    return textSplitLines(text);
 }
 
 namespace {

@@ -149,6 +149,33 @@ int NameCollator::compareAscii(std::string_view a, std::string_view b) const
     }
 }
 
+std::string NameCollator::asciiKey(std::string_view name) const
+{
+    std::string key;
+    key.reserve(name.size() + 4);
+    const size_t n = name.size();
+    for (size_t i = 0; i < n;) {
+        unsigned char c = name[i];
+        if (isDigit(c)) {
+            while (i < n && name[i] == '0')
+                ++i;
+            size_t start = i;
+            while (i < n && isDigit(name[i]))
+                ++i;
+            size_t len = i - start;
+            key.push_back(char(m_rank[int('0')]));
+            key.push_back(char(len >> 8));
+            key.push_back(char(len & 0xff));
+            key.append(name.substr(start, len));
+            continue;
+        }
+        if (m_rank[c] != 0)
+            key.push_back(char(m_rank[c]));
+        ++i;
+    }
+    return key;
+}
+
 std::string NameCollator::localeId()
 {
     return icuLocaleFromPosix(envLocale("LC_COLLATE"));

@@ -30,6 +30,11 @@ public:
     // The fast comparison of two ASCII names; the same answer ICU gives.
     int compareAscii(std::string_view a, std::string_view b) const;
 
+    // A byte key of an ASCII name whose plain byte order is compareAscii's order: one
+    // rank byte per character, and for a run of digits the rank of "0", the run's
+    // length without leading zeros (two bytes) and its digits.
+    std::string asciiKey(std::string_view name) const;
+
     ~NameCollator();
     NameCollator(const NameCollator&) = delete;
     NameCollator& operator=(const NameCollator&) = delete;

@@ -1,5 +1,7 @@
 #include "fs/computer_root.h"
 
+#include "fs/text_lines.h"
+
 #include "fs/file_io.h"
 #include "fs/paths.h"
 #include "fs/volume_list.h"
@@ -42,13 +44,8 @@ std::string unquoted(std::string_view value)
 std::optional<std::string> machineInfoValue(std::string_view text, std::string_view key)
 {
     std::optional<std::string> value;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        if (end == std::string_view::npos)
-            end = text.size();
-        const std::string_view line = trimmed(text.substr(start, end - start));
-        start = end + 1;
+    for (std::string_view raw : textSplitLines(text)) {
+        const std::string_view line = trimmed(raw);
         const size_t equals = line.find('=');
         if (line.empty() || line.front() == '#' || line.front() == ';' || equals == std::string_view::npos)
             continue;

@@ -1,5 +1,7 @@
 #include "fs/mount_table.h"
 
+#include "fs/text_lines.h"
+
 namespace {
 
 bool isOctal(char c) { return c >= '0' && c <= '7'; }
@@ -78,14 +80,8 @@ std::optional<MountRecord> parseLine(std::string_view line)
 std::vector<MountRecord> mountTableParse(std::string_view text)
 {
     std::vector<MountRecord> records;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        if (end == std::string_view::npos)
-            end = text.size();
-        if (auto record = parseLine(text.substr(start, end - start)))
+    for (std::string_view line : textSplitLines(text))
+        if (auto record = parseLine(line))
             records.push_back(std::move(*record));
-        start = end + 1;
-    }
     return records;
 }

@@ -77,6 +77,10 @@ std::string icuCase(std::string_view s, bool upper)
     return result;
 }
 
+// Folders with at least this many entries have their entries' status read on two
+// threads (a thread costs far less than a few thousand status queries).
+constexpr size_t kSplitFolderFrom = 4096;
+
 struct Job {
     DirNode* node;
     int64_t remaining;
@@ -85,10 +89,12 @@ struct Job {
 // The state one scan shares between its threads.
 class ScanRun {
 public:
-    ScanRun(const BrondelSettings& settings, int threads, const NameFilter* statusFilter)
+    ScanRun(const BrondelSettings& settings, int threads, const NameFilter* searchFilter)
         : m_settings(settings)
         , m_threads(threads)
-        , m_statusFilter(settings.sortBy == "date" || settings.sortBy == "size" ? nullptr : statusFilter)
+        , m_searchFilter(searchFilter)
+        // Sorting by date or size needs every status; folders-first needs to know folders.
+        , m_statusForAll(settings.sortBy == "date" || settings.sortBy == "size")
     {
     }
 
@@ -170,17 +176,51 @@ private:
             return;
         }
         const bool atRoot = parent.path == "/";
-        std::vector<DirNodePtr> children;
+        struct Entry {
+            std::string name;
+            unsigned char type;
+        };
+        std::vector<Entry> entries;
         while (struct dirent* entry = ::readdir(dir)) {
             const char* name = entry->d_name;
             if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
                 continue;
             if (name[0] == '.' && !m_settings.showHidden)
                 continue;
-            const unsigned char type = entry->d_type;
-            const bool needStatus = !m_statusFilter || type == DT_LNK || type == DT_UNKNOWN || m_statusFilter->matches(name);
-            auto node = makeNode(fd, name, atRoot ? "/" + std::string(name) : parent.path + "/" + name, type,
-                                 needStatus ? StatusQuery::Ask : StatusQuery::Skip);
+            entries.push_back({name, entry->d_type});
+        }
+        // Builds the nodes of entries [from, to) into slots of the same index; a slot
+        // stays empty for an entry the search leaves out.
+        std::vector<DirNodePtr> slots(entries.size());
+        auto build = [&](size_t from, size_t to) {
+            for (size_t i = from; i < to; ++i) {
+                const Entry& e = entries[i];
+                const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
+                if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
+                    continue; // a file the search will never print
+                const bool needStatus = wanted || m_statusForAll || e.type == DT_LNK || e.type == DT_UNKNOWN;
+                auto node = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name, e.type,
+                                     needStatus ? StatusQuery::Ask : StatusQuery::Skip);
+                if (!wanted && !node->isDir)
+                    continue; // a link or unknown entry that turned out not to be a folder
+                slots[i] = std::move(node);
+            }
+        };
+        // A large folder's status queries are shared with a second thread; the slots
+        // keep the directory's order, so the result does not depend on the split.
+        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom) {
+            const size_t half = entries.size() / 2;
+            std::thread helper(build, half, entries.size());
+            build(0, half);
+            helper.join();
+        } else {
+            build(0, entries.size());
+        }
+        std::vector<DirNodePtr> children;
+        children.reserve(slots.size());
+        for (auto& node : slots) {
+            if (!node)
+                continue;
             if (node->isDir && remaining >= 2) {
                 node->childrenLoaded = true;
                 subs.push_back({node.get(), remaining - 1});
@@ -224,7 +264,8 @@ private:
 
     const BrondelSettings& m_settings;
     const int m_threads;
-    const NameFilter* const m_statusFilter;
+    const NameFilter* const m_searchFilter;
+    const bool m_statusForAll;
     std::mutex m_lock;
     std::condition_variable m_wake;
     std::vector<Job> m_jobs;
@@ -247,7 +288,7 @@ DirNodePtr Scanner::scan(const std::string& path, int64_t depth) const
     root->isDir = true;
     if (depth < 1)
         return root;
-    ScanRun(m_settings, m_threads, m_statusFilter).run(*root, depth);
+    ScanRun(m_settings, m_threads, m_searchFilter).run(*root, depth);
     return root;
 }
 

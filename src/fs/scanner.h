@@ -25,10 +25,12 @@ public:
     // The settings decide hidden files and the sort; they are copied once.
     explicit Scanner(const BrondelSettings& settings);
 
-    // A deep search only prints the nodes its filter matches: other entries need no
-    // status query when the directory entry already tells whether they are folders and
-    // the sort does not look at sizes or dates. Such entries carry size 0 and no date.
-    void setStatusOnlyFor(const NameFilter* filter) { m_statusFilter = filter; }
+    // A search keeps only what it prints. With a filter set, an entry that the filter
+    // does not match gets no status query when its directory entry already tells
+    // whether it is a folder, and is left out unless it is a folder (its descendants
+    // may match). Sorting is stable, so what is kept stands in the same order as in a
+    // full scan; the folders kept this way carry size 0 and no date.
+    void setSearchFilter(const NameFilter* filter) { m_searchFilter = filter; }
 
     // The root for `path` (as given) with its children read `depth` levels deep.
     DirNodePtr scan(const std::string& path, int64_t depth) const;
@@ -43,7 +45,7 @@ public:
 private:
     BrondelSettings m_settings;
     int m_threads = 2;
-    const NameFilter* m_statusFilter = nullptr;
+    const NameFilter* m_searchFilter = nullptr;
 };
 
 // "PDF file" for report.pdf, "GZ file" for archive.tar.gz, "Document" without extension.

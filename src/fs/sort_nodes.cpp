@@ -38,15 +38,25 @@ bool isAscii(const std::string& s)
 // How a folder's texts are compared: the ASCII table when every text is ASCII, ICU's
 // own comparison for small folders, precomputed sort keys for large ones (a key costs
 // about six comparisons, so it only pays off when each name is compared many times).
-enum class Collate { AsciiTable, Direct, Keys };
+enum class Collate { AsciiTable, Direct, Keys, AsciiKeys };
 constexpr size_t kKeysFrom = 64;
 
 Collate collateFor(const std::vector<DirNodePtr>& nodes, const NameCollator& collator, std::string DirNode::*field)
 {
+    const bool large = nodes.size() >= kKeysFrom;
     if (collator.hasAsciiFastPath()
         && std::all_of(nodes.begin(), nodes.end(), [&](const DirNodePtr& n) { return isAscii((*n).*field); }))
-        return Collate::AsciiTable;
-    return nodes.size() < kKeysFrom ? Collate::Direct : Collate::Keys;
+        return large ? Collate::AsciiKeys : Collate::AsciiTable;
+    return large ? Collate::Keys : Collate::Direct;
+}
+
+std::string keyFor(Collate how, const NameCollator& collator, const std::string& text)
+{
+    if (how == Collate::Keys)
+        return collator.sortKey(text);
+    if (how == Collate::AsciiKeys)
+        return collator.asciiKey(text);
+    return {};
 }
 
 int collate(Collate how, const NameCollator& collator, const std::string& a, const std::string& b,
@@ -55,7 +65,8 @@ int collate(Collate how, const NameCollator& collator, const std::string& a, con
     switch (how) {
     case Collate::AsciiTable: return collator.compareAscii(a, b);
     case Collate::Direct: return collator.compare(a, b);
-    case Collate::Keys: return keyA.compare(keyB);
+    case Collate::Keys:
+    case Collate::AsciiKeys: return keyA.compare(keyB);
     }
     return 0;
 }
@@ -89,10 +100,9 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
     for (size_t i = 0; i < nodes.size(); ++i) {
         entries[i].node = nodes[i].get();
         entries[i].index = i;
-        if (byName == Collate::Keys)
-            entries[i].nameKey = collator.sortKey(nodes[i]->name);
-        if (key == Key::Kind && byKind == Collate::Keys)
-            entries[i].kindKey = collator.sortKey(nodes[i]->kind);
+        entries[i].nameKey = keyFor(byName, collator, nodes[i]->name);
+        if (key == Key::Kind)
+            entries[i].kindKey = keyFor(byKind, collator, nodes[i]->kind);
     }
     auto nameOrder = [&](const Entry& a, const Entry& b) {
         return collate(byName, collator, a.node->name, b.node->name, a.nameKey, b.nameKey);

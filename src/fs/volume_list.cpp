@@ -37,17 +37,6 @@ std::string resolvedOr(const std::string& path)
     return ::realpath(path.c_str(), resolved) ? std::string(resolved) : path;
 }
 
-std::string loginName()
-{
-    struct passwd pw;
-    struct passwd* found = nullptr;
-    std::vector<char> buf(16384);
-    if (getpwuid_r(::getuid(), &pw, buf.data(), buf.size(), &found) == 0 && found && found->pw_name)
-        return found->pw_name;
-    const char* user = std::getenv("USER");
-    return user ? user : "";
-}
-
 } // namespace
 
 VolumeViewer VolumeViewer::current()

@@ -170,7 +170,7 @@ TEST(Scanner, ThreadedAndFilteredScansPrintTheSameTree)
     plain.setThreads(1);
     Scanner fast(settings);
     fast.setThreads(2);
-    fast.setStatusOnlyFor(&filter);
+    fast.setSearchFilter(&filter);
     std::string expected = flatten(plain.scan(tree.root(), 64), filter);
     EXPECT_EQ(std::count(expected.begin(), expected.end(), '\n'), 30);
     EXPECT_EQ(flatten(fast.scan(tree.root(), 64), filter), expected);
