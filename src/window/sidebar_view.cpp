@@ -1,0 +1,108 @@
+#include "window/sidebar_view.h"
+
+#include "fs/file_io.h"
+#include "fs/paths.h"
+#include "window/core_bridge.h"
+#include "window/scan_service.h"
+#include "window/theme_icons.h"
+
+#include <QFile>
+#include <QHeaderView>
+
+namespace {
+
+constexpr int kPathRole = Qt::UserRole + 1;
+
+QString decode(const std::string& text)
+{
+    return QFile::decodeName(QByteArray::fromStdString(text));
+}
+
+} // namespace
+
+SidebarView::SidebarView(ScanService* scans, QWidget* parent)
+    : QTreeWidget(parent)
+    , m_scans(scans)
+{
+    setHeaderHidden(true);
+    setRootIsDecorated(false);
+    setIndentation(8);
+    setFrameShape(QFrame::NoFrame);
+    setFixedWidth(200);
+    setIconSize(QSize(16, 16));
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(this, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
+        std::string path = pathOf(item);
+        if (!path.empty())
+            emit locationChosen(path);
+    });
+    reload();
+}
+
+std::string SidebarView::pathOf(const QTreeWidgetItem* item)
+{
+    return item ? item->data(0, kPathRole).toByteArray().toStdString() : std::string();
+}
+
+QTreeWidgetItem* SidebarView::section(const QString& title)
+{
+    auto* item = new QTreeWidgetItem(this, {title});
+    item->setFlags(Qt::ItemIsEnabled);
+    QFont font = item->font(0);
+    font.setWeight(QFont::DemiBold);
+    font.setPointSizeF(font.pointSizeF() * 0.85);
+    item->setFont(0, font);
+    item->setForeground(0, palette().color(QPalette::Disabled, QPalette::WindowText));
+    item->setExpanded(true);
+    return item;
+}
+
+QTreeWidgetItem* SidebarView::row(QTreeWidgetItem* parent, const QString& name, const std::string& path,
+    const char* symbol)
+{
+    auto* item = new QTreeWidgetItem(parent, {name});
+    item->setData(0, kPathRole, QByteArray::fromStdString(path));
+    item->setIcon(0, iconSymbol(symbol));
+    item->setToolTip(0, decode(path));
+    return item;
+}
+
+void SidebarView::reload()
+{
+    clear();
+    BridgeSidebar top = bridgeSidebarRead();
+    QTreeWidgetItem* places = section(decode(top.title));
+    for (const auto& path : top.paths)
+        row(places, decode(path == homeDir() ? "Home" : pathLastComponent(path)), path,
+            path == homeDir() ? "house" : "folder");
+    m_drives = section(QStringLiteral("Computer"));
+    row(m_drives, QStringLiteral("Computer"), "/", "desktopcomputer");
+    expandAll();
+    select(m_selected);
+
+    // Probing drives can wait on a slow mount: never on the main thread.
+    const int gen = ++m_generation;
+    m_scans->submit(this, [this, gen]() -> std::function<void()> {
+        std::vector<BridgeDrive> drives = bridgeDrives();
+        return [this, gen, drives] {
+            if (gen != m_generation)
+                return;
+            for (const auto& drive : drives)
+                row(m_drives, decode(drive.name), drive.path, "externaldrive");
+            select(m_selected);
+        };
+    });
+}
+
+void SidebarView::select(const std::string& location)
+{
+    m_selected = location;
+    clearSelection();
+    for (QTreeWidgetItemIterator it(this); *it; ++it) {
+        if (!location.empty() && pathOf(*it) == location) {
+            (*it)->setSelected(true);
+            setCurrentItem(*it, 0, QItemSelectionModel::NoUpdate);
+            return;
+        }
+    }
+}
