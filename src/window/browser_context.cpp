@@ -19,7 +19,7 @@ BrowserContext::Build BrowserContext::computerRootBuilder() const
 
 std::vector<DirNodePtr> BrowserContext::headers() const
 {
-    return pinnedNodes ? pinnedNodes() : bridgePinnedNodes();
+    return pinnedNodes ? pinnedNodes() : bridgePinnedNodes(*settings);
 }
 
 void BrowserContext::noteRecent(const std::string& path) const
@@ -27,5 +27,5 @@ void BrowserContext::noteRecent(const std::string& path) const
     if (recentsNote)
         recentsNote(path);
     else
-        bridgeRecentsNote(path);
+        bridgeRecentsNote(path, *settings);
 }

@@ -1,79 +1,42 @@
 #include "window/core_bridge.h"
 
-#include "fs/file_io.h"
-#include "fs/paths.h"
-
-#include <unistd.h>
-
-#include <sys/stat.h>
-
-namespace {
-
-bool exists(const std::string& path)
-{
-    struct stat st;
-    return ::stat(path.c_str(), &st) == 0;
-}
-
-std::string hostName()
-{
-    char buf[256] = {};
-    if (::gethostname(buf, sizeof buf - 1) == 0 && buf[0])
-        return buf;
-    return "Computer";
-}
-
-} // namespace
+#include "config/pinned_nodes.h"
+#include "config/recents.h"
+#include "config/sidebar_file.h"
+#include "fs/computer_root.h"
+#include "fs/volume_list.h"
 
 DirNodePtr bridgeComputerRoot()
 {
-    auto root = DirNode::make();
-    root->name = hostName();
-    root->path = "/";
-    root->isDir = true;
-    root->childrenLoaded = true;
-    auto home = DirNode::make();
-    home->name = "Home";
-    home->path = homeDir();
-    home->isDir = true;
-    root->children.push_back(home);
-    for (const auto& drive : bridgeDrives()) {
-        auto node = DirNode::make();
-        node->name = drive.name;
-        node->path = drive.path;
-        node->isDir = true;
-        root->children.push_back(node);
-    }
-    return root;
+    return ComputerRoot::build();
 }
 
-std::vector<DirNodePtr> bridgePinnedNodes()
+std::vector<DirNodePtr> bridgePinnedNodes(const BrondelSettings& settings)
 {
-    return {};
+    return pinnedNodes(settings);
 }
 
-void bridgeRecentsNote(const std::string&)
+void bridgeRecentsNote(const std::string& path, const BrondelSettings& settings)
 {
+    recentsNote(path, settings);
 }
 
 void bridgeSizesForget(const std::string&)
 {
 }
 
-BridgeSidebar bridgeSidebarRead()
+SidebarSection bridgeSidebarRead()
 {
-    BridgeSidebar sidebar{"Favorites", {}};
-    for (const char* stored : {"~", "~/Desktop", "~/Documents", "~/Downloads"}) {
-        std::string path = expandTilde(stored);
-        if (exists(path))
-            sidebar.paths.push_back(path);
-    }
-    return sidebar;
+    SidebarFile file = sidebarRead();
+    return sidebarSection(file.title, file.paths);
 }
 
 std::vector<BridgeDrive> bridgeDrives()
 {
-    return {};
+    std::vector<BridgeDrive> drives;
+    for (const auto& volume : VolumeList::mounted())
+        drives.push_back({volume.name, volume.path});
+    return drives;
 }
 
 InfoChangedHub& InfoChangedHub::instance()

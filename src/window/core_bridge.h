@@ -4,6 +4,8 @@
 // folder-size cache and its change notification. The window reaches them only through
 // these functions, so each is one line to repoint.
 
+#include "config/brondel_settings.h"
+#include "config/sidebar_section.h"
 #include "fs/dir_node.h"
 
 #include <QObject>
@@ -15,20 +17,16 @@
 DirNodePtr bridgeComputerRoot();
 
 // The favourites section headers (each carrying its entries), then the Recent header.
-std::vector<DirNodePtr> bridgePinnedNodes();
+std::vector<DirNodePtr> bridgePinnedNodes(const BrondelSettings& settings);
 
 // Notes a shown folder in the recent folders.
-void bridgeRecentsNote(const std::string& path);
+void bridgeRecentsNote(const std::string& path, const BrondelSettings& settings);
 
 // Forgets cached folder sizes of `path` and everything below it.
 void bridgeSizesForget(const std::string& path);
 
-// The sidebar's top section: its title and the (tilde-expanded, existing) folders.
-struct BridgeSidebar {
-    std::string title;
-    std::vector<std::string> paths;
-};
-BridgeSidebar bridgeSidebarRead();
+// The sidebar's top section: its title and the existing folders, named.
+SidebarSection bridgeSidebarRead();
 
 // The mounted user-visible drives as (name, mount path).
 struct BridgeDrive {

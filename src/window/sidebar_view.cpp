@@ -1,6 +1,5 @@
 #include "window/sidebar_view.h"
 
-#include "fs/file_io.h"
 #include "fs/paths.h"
 #include "window/core_bridge.h"
 #include "window/scan_service.h"
@@ -69,29 +68,31 @@ QTreeWidgetItem* SidebarView::row(QTreeWidgetItem* parent, const QString& name, 
 
 void SidebarView::reload()
 {
-    clear();
-    BridgeSidebar top = bridgeSidebarRead();
-    QTreeWidgetItem* places = section(decode(top.title));
-    for (const auto& path : top.paths)
-        row(places, decode(path == homeDir() ? "Home" : pathLastComponent(path)), path,
-            path == homeDir() ? "house" : "folder");
-    m_drives = section(QStringLiteral("Computer"));
-    row(m_drives, QStringLiteral("Computer"), "/", "desktopcomputer");
-    expandAll();
-    select(m_selected);
-
-    // Probing drives can wait on a slow mount: never on the main thread.
+    // The sidebar file may be created on first use and probing drives can wait on a
+    // slow mount: both are read off the main thread.
     const int gen = ++m_generation;
     m_scans->submit(this, [this, gen]() -> std::function<void()> {
+        SidebarSection top = bridgeSidebarRead();
         std::vector<BridgeDrive> drives = bridgeDrives();
-        return [this, gen, drives] {
-            if (gen != m_generation)
-                return;
-            for (const auto& drive : drives)
-                row(m_drives, decode(drive.name), drive.path, "externaldrive");
-            select(m_selected);
+        return [this, gen, top, drives] {
+            if (gen == m_generation)
+                fill(top, drives);
         };
     });
+}
+
+void SidebarView::fill(const SidebarSection& top, const std::vector<BridgeDrive>& drives)
+{
+    clear();
+    QTreeWidgetItem* places = section(decode(top.title));
+    for (const auto& item : top.items)
+        row(places, decode(item.name), item.path, item.path == homeDir() ? "house" : "folder");
+    QTreeWidgetItem* computer = section(QStringLiteral("Computer"));
+    row(computer, QStringLiteral("Computer"), "/", "desktopcomputer");
+    for (const auto& drive : drives)
+        row(computer, decode(drive.name), drive.path, "externaldrive");
+    expandAll();
+    select(m_selected);
 }
 
 void SidebarView::select(const std::string& location)

@@ -3,6 +3,8 @@
 // mounted drives. A click goes to the row's folder; the row of the shown location is
 // selected.
 
+#include "window/core_bridge.h"
+
 #include <QTreeWidget>
 
 #include <string>
@@ -14,7 +16,7 @@ class SidebarView : public QTreeWidget {
 public:
     explicit SidebarView(ScanService* scans, QWidget* parent = nullptr);
 
-    // Rebuilds the rows (the drives arrive from a background read).
+    // Rebuilds the rows from a background read.
     void reload();
     // Selects the row of `location` ("/" for the computer), or none.
     void select(const std::string& location);
@@ -25,11 +27,11 @@ signals:
     void locationChosen(const std::string& path);
 
 private:
+    void fill(const SidebarSection& top, const std::vector<BridgeDrive>& drives);
     QTreeWidgetItem* section(const QString& title);
     QTreeWidgetItem* row(QTreeWidgetItem* section, const QString& name, const std::string& path, const char* symbol);
 
     ScanService* m_scans;
-    QTreeWidgetItem* m_drives = nullptr;
     std::string m_selected;
     int m_generation = 0;
 };
