@@ -47,19 +47,10 @@ QList<QAbstractItemView*> BrondelBrowser::columns() const
 
 void BrondelBrowser::infoChanged()
 {
-    // Every column's rows: their texts carry the sizes. Selection and scroll stay.
-    for (QAbstractItemView* column : columns()) {
-        QModelIndex root = column->rootIndex();
-        const int rows = m_source->rowCount(root);
-        const QRect area = column->viewport()->rect();
-        QModelIndexList shown;
-        QModelIndex first = column->indexAt(area.topLeft() + QPoint(1, 1));
-        for (int row = first.isValid() ? first.row() : 0; row < rows; ++row) {
-            QModelIndex index = m_source->index(row, 0, root);
-            if (column->visualRect(index).top() > area.bottom())
-                break;
-            shown << index;
-        }
-        m_source->reloadRows(shown, 0);
-    }
+    // Every column draws its rows afresh, which recomputes their texts (and with them the
+    // sizes). A repaint rather than dataChanged: a list view lays out all its rows again
+    // on dataChanged, which for a folder of 100,000 entries costs a tenth of a second.
+    // Selection and scroll position stay.
+    for (QAbstractItemView* column : columns())
+        column->viewport()->update();
 }

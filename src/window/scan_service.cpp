@@ -19,7 +19,6 @@ void ScanService::scan(const std::string& path, const BrondelSettings& settings,
 {
     submit(context, [path, settings, done = std::move(done)]() -> std::function<void()> {
         Scanner scanner(settings);
-        scanner.setThreads(1);
         DirNodePtr root = scanner.scan(path, 1);
         return [done, root] { done(root); };
     });

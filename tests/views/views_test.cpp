@@ -47,6 +47,22 @@ struct Fixture {
     }
 };
 
+// Counts the row texts the browser asks for.
+class CountingColumns : public ColumnSource {
+public:
+    CountingColumns(DirNodePtr root, const BrowserContext& context)
+        : ColumnSource(std::move(root), {}, context)
+    {
+    }
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role == Qt::DisplayRole)
+            ++texts;
+        return ColumnSource::data(index, role);
+    }
+    mutable int texts = 0;
+};
+
 } // namespace
 
 class ViewsTest : public QObject {
@@ -160,14 +176,17 @@ private slots:
         for (const auto& args : changed)
             QCOMPARE(args.at(0).toModelIndex().column(), int(ListSource::Size));
 
-        auto* columns = new ColumnSource(f.root, {}, f.t.context);
+        // The columns redraw their rows, asking for every row text again.
+        auto* columns = new CountingColumns(f.root, f.t.context);
         BrondelBrowser browser(columns, f.t.context, {});
         browser.resize(600, 400);
         browser.show();
         QVERIFY(QTest::qWaitForWindowExposed(&browser));
-        QSignalSpy columnChanged(columns, &QAbstractItemModel::dataChanged);
+        QTRY_VERIFY(columns->texts > 0);
+        QTest::qWait(50);
+        columns->texts = 0;
         emit InfoChangedHub::instance().infoChanged();
-        QCOMPARE(columnChanged.count(), 5);
+        QTRY_VERIFY(columns->texts >= 5);
     }
 
     void sizeCellOfAFileAndAHeader()
