@@ -70,10 +70,8 @@ BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)
         frame->raise();
         frame->activateWindow();
     }
-    BrondelWindow* pane = frame->activePane();
-    pane->rebuildMode(m_mode);
-    pane->reload();
     frame->switchMode(m_mode);
+    frame->activePane()->reload();
     return frame;
 }
 
