@@ -2,7 +2,9 @@
 
 #include "window/core_bridge.h"
 
+#include <QContextMenuEvent>
 #include <QListView>
+#include <QMenu>
 
 BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, ContentHooks hooks, QWidget* parent)
     : QColumnView(parent)
@@ -25,6 +27,11 @@ QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
         list->setUniformItemSizes(true);
         list->setTextElideMode(Qt::ElideRight);
     }
+    column->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(column, &QWidget::customContextMenuRequested, this, [this, column](QPoint pos) {
+        if (auto menu = menuAt(column, pos))
+            menu->exec(column->viewport()->mapToGlobal(pos));
+    });
     // Return opens a folder in place of a double-click.
     connect(column, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         if (!index.isValid())
@@ -53,4 +60,17 @@ void BrondelBrowser::infoChanged()
     // Selection and scroll position stay.
     for (QAbstractItemView* column : columns())
         column->viewport()->update();
+}
+
+std::unique_ptr<QMenu> BrondelBrowser::menuAt(QAbstractItemView* column, QPoint pos)
+{
+    // Beside the columns the browser itself finds no row: the menu of empty space.
+    return contentMenuAt(column ? *column : static_cast<QAbstractItemView&>(*this), pos, m_hooks);
+}
+
+void BrondelBrowser::contextMenuEvent(QContextMenuEvent* event)
+{
+    // Only the space beside the columns gets here: the columns answer for themselves.
+    if (auto menu = menuAt(nullptr, event->pos()))
+        menu->exec(event->globalPos());
 }

@@ -18,8 +18,14 @@ public:
 
     void infoChanged();
 
+    // The context menu at `pos` (viewport coordinates) of `column`, or of the empty space
+    // beside the columns when `column` is null: a header's section menu, a row's menu
+    // (that row selected in its column first) or the menu of empty space.
+    std::unique_ptr<QMenu> menuAt(QAbstractItemView* column, QPoint pos);
+
 protected:
     QAbstractItemView* createColumn(const QModelIndex& rootIndex) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     ColumnSource* m_source;

@@ -3,7 +3,11 @@
 #include "views/column_view.h"
 #include "views/list_view.h"
 
+#include <QItemSelectionModel>
 #include <QListView>
+#include <QMenu>
+
+#include <set>
 
 void contentActivate(const DirNodePtr& node, const ContentHooks& hooks)
 {
@@ -15,6 +19,67 @@ void contentActivate(const DirNodePtr& node, const ContentHooks& hooks)
     } else if (hooks.openFile) {
         hooks.openFile(node->path);
     }
+}
+
+namespace {
+
+const NodeTreeModel* nodeModel(const QAbstractItemView* view)
+{
+    return view ? qobject_cast<const NodeTreeModel*>(view->model()) : nullptr;
+}
+
+// The item view carrying the selection of a content view.
+QAbstractItemView* selectionView(QWidget* view)
+{
+    return qobject_cast<QAbstractItemView*>(view);
+}
+
+} // namespace
+
+std::vector<std::string> contentViewSelection(QWidget* view)
+{
+    std::vector<std::string> paths;
+    QAbstractItemView* items = selectionView(view);
+    const NodeTreeModel* model = nodeModel(items);
+    if (!model || !items->selectionModel())
+        return paths;
+    std::set<std::string> seen;
+    for (const QModelIndex& index : items->selectionModel()->selectedIndexes()) {
+        DirNodePtr node = model->nodeAt(index);
+        if (node && !node->isSectionHeader && seen.insert(node->path).second)
+            paths.push_back(node->path);
+    }
+    return paths;
+}
+
+bool contentViewSelect(QWidget* view, const std::string& path)
+{
+    QAbstractItemView* items = selectionView(view);
+    const NodeTreeModel* model = nodeModel(items);
+    if (!model)
+        return false;
+    QModelIndex index = model->indexOfPath(path);
+    if (!index.isValid())
+        return false;
+    items->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    items->scrollTo(index);
+    return true;
+}
+
+std::unique_ptr<QMenu> contentMenuAt(QAbstractItemView& view, QPoint pos, const ContentHooks& hooks)
+{
+    if (!hooks.fillMenu)
+        return nullptr;
+    const NodeTreeModel* model = nodeModel(&view);
+    QModelIndex index = view.indexAt(pos);
+    DirNodePtr node = model ? model->nodeAt(index) : DirNodePtr();
+    if (node && !node->isSectionHeader)
+        view.selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    auto menu = std::make_unique<QMenu>();
+    hooks.fillMenu(*menu, node);
+    if (menu->isEmpty())
+        return nullptr;
+    return menu;
 }
 
 namespace {
@@ -35,6 +100,11 @@ QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, cons
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     QObject::connect(view, &QAbstractItemView::activated, view,
         [source, hooks](const QModelIndex& index) { contentActivate(source->nodeAt(index), hooks); });
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(view, &QWidget::customContextMenuRequested, view, [view, hooks](QPoint pos) {
+        if (auto menu = contentMenuAt(*view, pos, hooks))
+            menu->exec(view->viewport()->mapToGlobal(pos));
+    });
     return view;
 }
 

@@ -8,12 +8,19 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
+
+class QAbstractItemView;
+class QMenu;
 
 struct ContentHooks {
     std::function<void(const std::string&)> openFolder; // a folder activated
     std::function<void(const std::string&)> openFile;   // a file activated
+    // Fills the context menu of a row (a file, a folder or a section header), or of
+    // empty space when the node is null.
+    std::function<void(QMenu&, const DirNodePtr&)> fillMenu;
 };
 
 // Builds the view of `mode` for `root`, with the favourites `headers` above its rows.
@@ -23,6 +30,19 @@ QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<Dir
 
 // The widget that should take the keyboard focus inside a content view.
 QWidget* contentViewFocus(QWidget* view);
+
+// The paths of the selected rows of a content view (section headers are never
+// selected), each once.
+std::vector<std::string> contentViewSelection(QWidget* view);
+
+// Selects the top-level row of `path` in a content view and scrolls to it; false when
+// the view has no such row.
+bool contentViewSelect(QWidget* view, const std::string& path);
+
+// The context menu at `pos` (viewport coordinates) of an item view showing a
+// NodeTreeModel: a row's node is first selected alone (a header is left as it is),
+// then the hooks fill the menu for it, or for empty space. Null when they add nothing.
+std::unique_ptr<QMenu> contentMenuAt(QAbstractItemView& view, QPoint pos, const ContentHooks& hooks);
 
 // What a double-click or Return on a row does: folders go to openFolder, files to
 // openFile, section headers do nothing.

@@ -3,7 +3,9 @@
 #include "views/list_size_cell.h"
 #include "window/core_bridge.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QMenu>
 
 BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext& context, ContentHooks hooks,
     QWidget* parent)
@@ -61,4 +63,15 @@ void BrondelOutlineView::infoChanged()
     if (!isVisible() || m_source->rowCount() == 0)
         return;
     m_source->reloadRows(visibleRows(), ListSource::Size);
+}
+
+std::unique_ptr<QMenu> BrondelOutlineView::menuAt(QPoint pos)
+{
+    return contentMenuAt(*this, pos, m_hooks);
+}
+
+void BrondelOutlineView::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (auto menu = menuAt(event->pos()))
+        menu->exec(event->globalPos());
 }

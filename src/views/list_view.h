@@ -20,6 +20,13 @@ public:
     // The rows intersecting the visible area, top to bottom.
     QModelIndexList visibleRows() const;
 
+    // The context menu at `pos` (viewport coordinates): a header's section menu, a row's
+    // menu (the row alone selected first) or the menu of empty space.
+    std::unique_ptr<QMenu> menuAt(QPoint pos);
+
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
 private:
     void spanHeaders(const QModelIndex& parent, int first, int last);
 

@@ -1,6 +1,7 @@
 #include "window/app_delegate.h"
 
 #include "actions/menu_setup.h"
+#include "cards/cards_changed.h"
 #include "fs/file_io.h"
 #include "window/browser_frame.h"
 #include "window/theme_icons.h"
@@ -17,9 +18,15 @@ AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, View
     , m_useComputerRoot(choice == RootChoice::Computer)
     , m_mode(mode)
     , m_scans(4)
+    , m_edits(1)
+    , m_observeCards([](std::function<void()> callback, QObject* owner) {
+        return cardsChangedObserve(std::move(callback), owner);
+    })
 {
     m_context.scans = &m_scans;
+    m_context.edits = &m_edits;
     m_context.settings = &settings;
+    m_context.openWindow = [this](const std::string& folder, const std::string& select) { openFolder(folder, select); };
 }
 
 AppDelegate::~AppDelegate()
@@ -31,6 +38,8 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     iconsInstallTheme();
+    // A card changed from the command line (or another instance) shows everywhere.
+    m_observeCards([] { brondelRefreshAll(); }, this);
     if (m_useComputerRoot) {
         open("/", RootKind::Computer);
     } else {
@@ -45,6 +54,14 @@ void AppDelegate::applicationDidFinishLaunching()
 BrowserFrame* AppDelegate::newWindow()
 {
     return open("/", RootKind::Computer);
+}
+
+BrowserFrame* AppDelegate::openFolder(const std::string& folder, const std::string& select)
+{
+    BrowserFrame* frame = open(folder, RootKind::Folder);
+    if (!select.empty())
+        frame->activePane()->selectAfterLoad(select);
+    return frame;
 }
 
 BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,18 @@ public:
     AppDelegate(std::vector<std::string> paths, RootChoice choice, ViewMode mode, const BrondelSettings& settings);
     ~AppDelegate() override;
 
-    // Sets up the icon theme and opens the launch windows; the last one ends up in front.
+    // Subscribes to `callback` being called whenever another process changed a card
+    // (cardsChangedObserve, or a stand-in in tests); false when it cannot.
+    using CardsObserver = std::function<bool(std::function<void()> callback, QObject* owner)>;
+
+    // Sets up the icon theme, refreshes every window whenever the cards change, and
+    // opens the launch windows; the last one ends up in front.
     void applicationDidFinishLaunching();
+    void setCardsObserver(CardsObserver observer) { m_observeCards = std::move(observer); }
     // A new window on the Computer root.
     BrowserFrame* newWindow();
+    // A new window on `folder`, with the row of `select` selected once it is read.
+    BrowserFrame* openFolder(const std::string& folder, const std::string& select = {});
     // The windows opened so far that are still open, in opening order.
     std::vector<BrowserFrame*> windows() const;
     const BrowserContext& context() const { return m_context; }
@@ -40,6 +49,8 @@ private:
     bool m_useComputerRoot;
     ViewMode m_mode;
     ScanService m_scans;
+    ScanService m_edits;
     BrowserContext m_context;
+    CardsObserver m_observeCards;
     std::vector<QPointer<BrowserFrame>> m_windows;
 };

@@ -1,5 +1,6 @@
 #include "window/brondel_window.h"
 
+#include "actions/context_menu.h"
 #include "fs/file_io.h"
 #include "fs/volume.h"
 #include "views/content_view.h"
@@ -145,6 +146,8 @@ void BrondelWindow::scanThenShow(const std::string& path)
         setOpacity(1.0, false);
         m_rootNode = std::move(root);
         rebuildMode(m_currentMode);
+        if (!m_selectAfterLoad.empty())
+            contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
     });
 }
 
@@ -224,6 +227,7 @@ void BrondelWindow::rebuildMode(ViewMode mode)
     ContentHooks hooks;
     hooks.openFolder = [this](const std::string& path) { openFolder(path); };
     hooks.openFile = [this](const std::string& path) { emit fileOpenRequested(path); };
+    hooks.fillMenu = [this](QMenu& menu, const DirNodePtr& node) { contextMenuFill(menu, *this, node); };
     m_contentView = contentViewBuild(mode, m_rootNode, m_context.headers(), m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);
@@ -244,4 +248,9 @@ void BrondelWindow::reload()
         showComputerRoot();
     else
         scanThenShow(m_rootPath);
+}
+
+std::vector<std::string> BrondelWindow::selectedPaths() const
+{
+    return contentViewSelection(m_contentView);
 }

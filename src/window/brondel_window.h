@@ -66,6 +66,11 @@ public:
     // Loads the shown location again in the background, without touching history.
     void reload();
 
+    // The paths selected in the content view.
+    std::vector<std::string> selectedPaths() const;
+    // Selects the row of `path` once the location being loaded is shown.
+    void selectAfterLoad(const std::string& path) { m_selectAfterLoad = path; }
+
     // The dimming check of the load of generation `gen` (normally 0.12 s after it began).
     void dimCheck(int64_t gen);
 
@@ -101,4 +106,5 @@ private:
     std::optional<int64_t> m_scanPendingGen;
     std::vector<std::string> m_navHistory;
     std::vector<std::string> m_forwardHistory;
+    std::string m_selectAfterLoad;
 };

@@ -18,6 +18,9 @@ struct BrowserContext {
     using Defer = std::function<void(int milliseconds, QObject* context, std::function<void()> call)>;
 
     ScanService* scans = nullptr;
+    // One thread: edits of the configuration files apply in the order they were made.
+    // None: they share `scans`.
+    ScanService* edits = nullptr;
     const BrondelSettings* settings = nullptr;
     Defer defer; // empty: a QTimer single shot
     bool animate = true; // fades; off in tests and benchmarks
@@ -25,10 +28,14 @@ struct BrowserContext {
     std::function<DirNodePtr()> computerRootBuild;
     std::function<std::vector<DirNodePtr>()> pinnedNodes;
     std::function<void(const std::string&)> recentsNote;
+    // Opens a new window on `folder` with the item at `select` (if any) selected; empty
+    // when windows are not opened from here (tests).
+    std::function<void(const std::string& folder, const std::string& select)> openWindow;
 
     void later(int milliseconds, QObject* context, std::function<void()> call) const;
     using Build = std::function<DirNodePtr()>;
     Build computerRootBuilder() const; // callable from any thread
     std::vector<DirNodePtr> headers() const;
     void noteRecent(const std::string& path) const;
+    ScanService& editQueue() const { return edits ? *edits : *scans; }
 };

@@ -1,5 +1,7 @@
 #include "window/browser_frame.h"
 
+#include "actions/context_actions.h"
+#include "actions/workspace.h"
 #include "window/browser_toolbar.h"
 #include "window/cable_overlay.h"
 #include "window/drop_overlay.h"
@@ -9,12 +11,9 @@
 #include "window/sidebar_view.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QEvent>
-#include <QFile>
 #include <QHBoxLayout>
 #include <QMenu>
-#include <QUrl>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
     : QMainWindow(parent)
@@ -30,8 +29,7 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     connect(m_toolbar, &BrowserToolbar::forwardTriggered, this, &BrowserFrame::goForward);
     connect(m_toolbar, &BrowserToolbar::modeChosen, this, &BrowserFrame::switchMode);
     connect(m_toolbar, &BrowserToolbar::splitTriggered, this, &BrowserFrame::addPane);
-    connect(m_toolbar, &BrowserToolbar::infoTriggered, this, [this] { emit infoRequested(m_active); });
-    connect(m_toolbar, &BrowserToolbar::trashTriggered, this, [this] { emit trashRequested(m_active); });
+    connect(m_toolbar, &BrowserToolbar::trashTriggered, this, &BrowserFrame::trashSelected);
 
     auto* central = new QWidget(this);
     auto* row = new QHBoxLayout(central);
@@ -241,15 +239,28 @@ void BrowserFrame::refresh()
         pane->refresh();
 }
 
+void BrowserFrame::trashSelected()
+{
+    ContextActions::trash(*m_active, m_active->selectedPaths());
+}
+
 void BrowserFrame::paneLocationChanged(BrondelWindow* pane)
 {
-    if (pane == m_active)
-        m_sidebar->select(pane->currentLocation());
+    if (pane != m_active)
+        return;
+    m_sidebar->select(pane->currentLocation());
+    syncHistory();
+}
+
+void BrowserFrame::syncHistory()
+{
+    m_toolbar->item("back")->setEnabled(!m_active->navHistory().empty());
+    m_toolbar->item("forward")->setEnabled(!m_active->forwardHistory().empty());
 }
 
 void BrowserFrame::openFile(const std::string& path)
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFile::decodeName(QByteArray::fromStdString(path))));
+    workspaceOpen(path);
 }
 
 // ---- panes
@@ -264,6 +275,7 @@ void BrowserFrame::setActivePane(BrondelWindow* pane)
         view->header()->setActive(view->host() == pane);
     m_toolbar->syncMode(pane->currentMode());
     m_sidebar->select(pane->currentLocation());
+    syncHistory();
 }
 
 BrondelWindow* BrowserFrame::splitPane(BrondelWindow* pane, Axis axis)
@@ -380,4 +392,21 @@ void BrowserFrame::linkChrome()
     }
     m_cableOverlay->fadeIn();
     m_cableOverlay->scheduleFade(1.4);
+}
+
+// ---- all windows
+
+std::vector<BrowserFrame*> browserFrames()
+{
+    std::vector<BrowserFrame*> frames;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* frame = qobject_cast<BrowserFrame*>(widget))
+            frames.push_back(frame);
+    return frames;
+}
+
+void brondelRefreshAll()
+{
+    for (BrowserFrame* frame : browserFrames())
+        frame->refresh();
 }

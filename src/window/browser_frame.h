@@ -36,6 +36,7 @@ public:
     BrondelWindow::Cables& cables() { return m_cables; }
     DropOverlay* dropOverlay() const { return m_dropOverlay; }
     CableOverlay* cableOverlay() const { return m_cableOverlay; }
+    const BrowserContext& context() const { return m_context; }
 
     // Navigation and modes, routed to the active pane.
     void navigateTo(const std::string& path);
@@ -46,6 +47,8 @@ public:
     void goComputer();
     void switchMode(ViewMode mode);
     void refresh();
+    // Moves the items selected in the active pane to the Trash.
+    void trashSelected();
 
     // Panes.
     void addPane() { splitPane(m_active, Axis::SideBySide); }
@@ -68,8 +71,6 @@ public:
 
 signals:
     void newWindowRequested();
-    void infoRequested(BrondelWindow* pane);
-    void trashRequested(BrondelWindow* pane);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -80,6 +81,8 @@ private:
     void wireHeader(PaneView* view);
     void wireJack(PaneView* view);
     void paneLocationChanged(BrondelWindow* pane);
+    // Back and Forward are enabled as far as the active pane's histories go.
+    void syncHistory();
     void openFile(const std::string& path);
     QPoint jackCentre(BrondelWindow* pane) const;
 
@@ -93,3 +96,9 @@ private:
     std::vector<BrondelWindow*> m_panes;
     BrondelWindow* m_active = nullptr;
 };
+
+// The open browser windows.
+std::vector<BrowserFrame*> browserFrames();
+
+// Refreshes every open browser window: each one's sidebar and all its panes.
+void brondelRefreshAll();

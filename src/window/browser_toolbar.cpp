@@ -3,7 +3,9 @@
 #include "window/theme_icons.h"
 
 #include <QActionGroup>
+#include <QMenu>
 #include <QSizePolicy>
+#include <QToolButton>
 
 BrowserToolbar::BrowserToolbar(QWidget* parent)
     : QToolBar(QStringLiteral("Toolbar"), parent)
@@ -43,8 +45,7 @@ BrowserToolbar::BrowserToolbar(QWidget* parent)
 
     connect(addItem("split", QStringLiteral("Split View"), "rectangle.split.2x1"), &QAction::triggered, this,
         &BrowserToolbar::splitTriggered);
-    connect(addItem("info", QStringLiteral("Info"), "info.circle"), &QAction::triggered, this,
-        &BrowserToolbar::infoTriggered);
+    addItem("info", QStringLiteral("Info"), "info.circle"); // its menu comes from the menu setup
     connect(addItem("trash", QStringLiteral("Trash"), "trash"), &QAction::triggered, this,
         &BrowserToolbar::trashTriggered);
 }
@@ -73,4 +74,12 @@ ViewMode BrowserToolbar::selectedMode() const
 {
     QAction* checked = m_modes->checkedAction();
     return checked ? ViewMode(checked->data().toInt()) : ViewMode::List;
+}
+
+void BrowserToolbar::setItemMenu(const char* identifier, QMenu* menu)
+{
+    QAction* action = item(identifier);
+    action->setMenu(menu);
+    if (auto* button = qobject_cast<QToolButton*>(widgetForAction(action)))
+        button->setPopupMode(QToolButton::InstantPopup);
 }

@@ -8,6 +8,7 @@
 #include <QToolBar>
 
 class QActionGroup;
+class QMenu;
 
 class BrowserToolbar : public QToolBar {
     Q_OBJECT
@@ -18,13 +19,14 @@ public:
     // Checks the segment of `mode` without emitting modeChosen.
     void syncMode(ViewMode mode);
     ViewMode selectedMode() const;
+    // Gives an item a menu that opens at once when the item is clicked.
+    void setItemMenu(const char* identifier, QMenu* menu);
 
 signals:
     void backTriggered();
     void forwardTriggered();
     void modeChosen(ViewMode mode);
     void splitTriggered();
-    void infoTriggered();
     void trashTriggered();
 
 private:

@@ -204,7 +204,7 @@ private slots:
         Fixture f;
         std::vector<std::string> folders, files;
         ContentHooks hooks{[&](const std::string& p) { folders.push_back(p); },
-            [&](const std::string& p) { files.push_back(p); }};
+            [&](const std::string& p) { files.push_back(p); }, {}};
         auto* source = new ListSource(f.root, f.t.headers, f.t.context);
         BrondelOutlineView view(source, f.t.context, hooks);
         emit view.activated(source->index(3, 0));

@@ -4,6 +4,7 @@
 #include "actions/menu_setup.h"
 #include "gui_test_main.h"
 #include "support/temp_tree.h"
+#include "window/app_delegate.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
 #include "window/pane_header.h"
@@ -185,6 +186,52 @@ private slots:
         frame->link(a, b);
         frame->closePane(b); // closing removes its cables
         QVERIFY(frame->cables().empty());
+    }
+
+    void backAndForwardFollowTheActivePane()
+    {
+        TempTree tree;
+        const std::string a = tree.dir("a");
+        TestContext t;
+        auto frame = frameAt(t, tree.root());
+        QAction* back = frame->toolbar()->item("back");
+        QAction* forward = frame->toolbar()->item("forward");
+        auto state = [&] { return std::pair{back->isEnabled(), forward->isEnabled()}; };
+        QCOMPARE(state(), std::pair(false, false));
+        frame->navigateTo(a);
+        QCOMPARE(state(), std::pair(true, false));
+        frame->goBack();
+        QCOMPARE(state(), std::pair(false, true));
+        BrondelWindow* first = frame->activePane();
+        BrondelWindow* second = frame->splitPane(first, Axis::SideBySide); // a fresh history
+        QCOMPARE(state(), std::pair(false, false));
+        frame->setActivePane(first);
+        QCOMPARE(state(), std::pair(false, true));
+        second->navigateLocal(a); // another pane's steps leave the buttons alone
+        QCOMPARE(state(), std::pair(false, true));
+        frame->goForward();
+        QCOMPARE(state(), std::pair(true, false));
+    }
+
+    void cardsChangedRefreshesEveryPaneOfEveryWindow()
+    {
+        TestContext t;
+        auto one = frameAt(t, "/tmp");
+        auto two = frameAt(t, "/tmp");
+        two->splitPane(two->activePane(), Axis::Stacked);
+
+        BrondelSettings settings;
+        AppDelegate delegate({}, RootChoice::Paths, ViewMode::List, settings); // no launch windows
+        std::function<void()> cardsChanged;
+        delegate.setCardsObserver([&](std::function<void()> callback, QObject* owner) {
+            cardsChanged = std::move(callback);
+            return owner == &delegate;
+        });
+        delegate.applicationDidFinishLaunching();
+        QVERIFY(cardsChanged);
+        QCOMPARE(t.scans.count(), size_t(0));
+        cardsChanged();
+        QCOMPARE(t.scans.count(), size_t(3)); // one reload per pane
     }
 
     void everyToolbarAndMenuIconIsDrawn()

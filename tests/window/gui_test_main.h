@@ -67,6 +67,7 @@ private:
 // A context whose reads and delayed calls are in the test's hands.
 struct TestContext {
     ManualScans scans;
+    ScanService edits{1};
     BrondelSettings settings;
     BrowserContext context;
     std::vector<std::pair<QPointer<QObject>, std::function<void()>>> deferred;
@@ -75,6 +76,7 @@ struct TestContext {
     TestContext()
     {
         context.scans = &scans;
+        context.edits = &edits;
         context.settings = &settings;
         context.animate = false;
         context.defer = [this](int, QObject* ctx, std::function<void()> call) { deferred.emplace_back(ctx, call); };

@@ -1,0 +1,248 @@
+// The context menus of the list and column views (file rows, section headers, empty
+// space) and what their items do: configuration edits written and every window
+// refreshed, new folders, the clipboard, and moving to the Trash from the menu and the
+// toolbar, with the alert of a failure.
+
+#include "../window/gui_test_main.h"
+#include "actions/action_dialogs.h"
+#include "actions/context_actions.h"
+#include "config/pinned_file.h"
+#include "config/recents.h"
+#include "fs/paths.h"
+#include "support/temp_tree.h"
+#include "views/column_view.h"
+#include "views/list_view.h"
+#include "window/browser_frame.h"
+#include "window/browser_toolbar.h"
+
+#include <QClipboard>
+#include <QFileInfo>
+#include <QMenu>
+
+#include <memory>
+
+namespace {
+
+QString menuText(const QMenu* menu)
+{
+    QStringList items;
+    for (QAction* action : menu->actions())
+        items << (action->isSeparator() ? QStringLiteral("-") : action->text());
+    return items.join(QLatin1Char('|'));
+}
+
+QAction* action(QMenu* menu, const QString& text)
+{
+    for (QAction* a : menu->actions())
+        if (a->text() == text)
+            return a;
+    return nullptr;
+}
+
+QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
+{
+    for (int row = 0; row < model.rowCount(); ++row) {
+        QModelIndex index = model.index(row, 0);
+        if (model.nodeAt(index)->name == name.toStdString())
+            return index;
+    }
+    return {};
+}
+
+const QString kFileMenu = QStringLiteral("Open|-|Reveal in Finder|Copy Path|-|Move to Trash");
+const QString kSectionMenu = QStringLiteral(
+    "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|-|New Section\u2026|Remove Section");
+const QString kBackgroundMenu = QStringLiteral(
+    "New Folder|New Favorites Section\u2026|Add This Folder to Favorites|Manage Favorites\u2026|Refresh");
+
+// A folder with a subfolder and a file, shown in a window with a favourites section and
+// the Recent section above them.
+struct Fixture {
+    TempTree tree;
+    TestContext t;
+    std::unique_ptr<BrowserFrame> frame;
+
+    explicit Fixture(ViewMode mode = ViewMode::List)
+    {
+        tree.dir("root/a");
+        tree.file("root/d.txt", "12345");
+        t.headers = {testHeader("Work", "pinned:/Work", {"/w1"}), testHeader("Recent", "pinned://Recent", {"/r1"})};
+        auto root = DirNode::make();
+        root->path = tree.path("root");
+        root->name = "root";
+        root->isDir = true;
+        frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
+        frame->setAttribute(Qt::WA_DeleteOnClose, false);
+        frame->resize(900, 600);
+        frame->show();
+        pane()->reload();
+        t.scans.finishAll();
+        pane()->rebuildMode(mode);
+    }
+
+    BrondelWindow* pane() const { return frame->activePane(); }
+    BrondelOutlineView* list() const { return qobject_cast<BrondelOutlineView*>(pane()->contentView()); }
+    BrondelBrowser* columns() const { return qobject_cast<BrondelBrowser*>(pane()->contentView()); }
+
+    // The list's menu at the row of `name`, or of empty space for an empty name.
+    std::unique_ptr<QMenu> listMenu(const QString& name) const
+    {
+        BrondelOutlineView* view = list();
+        if (name.isEmpty())
+            return view->menuAt(QPoint(5, view->viewport()->height() - 3));
+        return view->menuAt(view->visualRect(rowNamed(*view->source(), name)).center());
+    }
+    std::unique_ptr<QMenu> columnMenu(const QString& name) const
+    {
+        BrondelBrowser* browser = columns();
+        if (name.isEmpty())
+            return browser->menuAt(nullptr, QPoint(browser->viewport()->width() - 3, 5));
+        QAbstractItemView* first = browser->columns().first();
+        return browser->menuAt(first, first->visualRect(rowNamed(*browser->source(), name)).center());
+    }
+};
+
+} // namespace
+
+class ContextActionsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void menusOfRowsHeadersAndEmptySpace_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("menu");
+        for (auto [mode, name] : {std::pair{ViewMode::List, "list"}, {ViewMode::Column, "column"}}) {
+            QByteArray tag(name);
+            QTest::newRow(tag + " file") << int(mode) << "d.txt" << kFileMenu;
+            QTest::newRow(tag + " folder") << int(mode) << "a" << kFileMenu;
+            QTest::newRow(tag + " section") << int(mode) << "Work" << kSectionMenu;
+            QTest::newRow(tag + " recent") << int(mode) << "Recent" << QStringLiteral("Clear Recents");
+            QTest::newRow(tag + " empty") << int(mode) << "" << kBackgroundMenu;
+        }
+    }
+
+    void menusOfRowsHeadersAndEmptySpace()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, row);
+        QFETCH(QString, menu);
+        Fixture f{ViewMode(mode)};
+        auto built = ViewMode(mode) == ViewMode::List ? f.listMenu(row) : f.columnMenu(row);
+        QVERIFY(built);
+        QCOMPARE(menuText(built.get()), menu);
+        // A row's menu acts on that row alone: it is selected first; headers never are.
+        std::vector<std::string> selected = f.pane()->selectedPaths();
+        if (menu == kFileMenu)
+            QCOMPARE(selected.size(), size_t(1));
+        else if (!row.isEmpty())
+            QVERIFY(selected.empty());
+    }
+
+    void emptySpaceOfTheComputerRoot()
+    {
+        Fixture f;
+        f.pane()->showLocation("/");
+        f.t.scans.finishAll();
+        QTRY_VERIFY(f.pane()->rootNode()->path == "/");
+        auto menu = f.listMenu(QString());
+        QVERIFY(!action(menu.get(), QStringLiteral("New Folder"))->isEnabled());
+        QVERIFY(!action(menu.get(), QStringLiteral("Add This Folder to Favorites"))->isEnabled());
+        QVERIFY(action(menu.get(), QStringLiteral("Refresh"))->isEnabled());
+    }
+
+    void sectionEditsAreWrittenAndRefreshEveryWindow()
+    {
+        Fixture f;
+        Fixture other;
+        pinnedAddSection("Work");
+        pinnedAddSection("Play");
+        recentsNote(f.tree.path("root/a"), BrondelSettings{});
+        auto& prompt = ActionDialogs::current().prompt;
+        auto realPrompt = prompt;
+        prompt = [](QWidget*, const QString& title, const QString&, const QString& value) -> std::optional<QString> {
+            return title == QStringLiteral("Rename Section") ? value + QStringLiteral(" Later") : QStringLiteral("New");
+        };
+
+        auto run = [&](const QString& row, const QString& item) {
+            const size_t before = other.t.scans.count();
+            auto menu = f.listMenu(row);
+            action(menu.get(), item)->trigger();
+            QTRY_VERIFY(other.t.scans.count() > before); // the other window reloads too
+            other.t.scans.finishAll();
+            f.t.scans.finishAll();
+        };
+        run(QStringLiteral("Work"), QStringLiteral("Move Section Down"));
+        QCOMPARE(pinnedSectionTitles(), (std::vector<std::string>{"Favorites", "Play", "Work"}));
+        run(QStringLiteral("Work"), QStringLiteral("Rename Section\u2026"));
+        QCOMPARE(pinnedSectionTitles(), (std::vector<std::string>{"Favorites", "Play", "Work Later"}));
+        run(QStringLiteral("Work"), QStringLiteral("New Section\u2026"));
+        QCOMPARE(pinnedSectionTitles().back(), std::string("New"));
+        run(QString(), QStringLiteral("Add This Folder to Favorites"));
+        QCOMPARE(pinnedSectionOf(f.tree.path("root")), std::optional<std::string>("Favorites"));
+        run(QStringLiteral("Recent"), QStringLiteral("Clear Recents"));
+        QVERIFY(recentsLoad().empty());
+        prompt = realPrompt;
+    }
+
+    void newFolderTakesTheFirstFreeName()
+    {
+        Fixture f;
+        f.tree.dir("root/untitled folder");
+        f.tree.dir("root/untitled folder 2");
+        auto menu = f.listMenu(QString());
+        action(menu.get(), QStringLiteral("New Folder"))->trigger();
+        QTRY_VERIFY(QFileInfo(QString::fromStdString(f.tree.path("root/untitled folder 3"))).isDir());
+        QTRY_VERIFY(f.t.scans.count() > 0); // then the window reloads
+        QCOMPARE(newFolderName(1), std::string("untitled folder"));
+        QCOMPARE(newFolderName(12), std::string("untitled folder 12"));
+    }
+
+    void copyPathPutsThePathOnTheClipboard()
+    {
+        Fixture f;
+        auto menu = f.listMenu(QStringLiteral("d.txt"));
+        action(menu.get(), QStringLiteral("Copy Path"))->trigger();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromStdString(f.tree.path("root/d.txt")));
+    }
+
+    void trashFromTheToolbarAndTheMenu()
+    {
+        Fixture f;
+        const std::string doomed = f.tree.dir("root/doomed");
+        f.tree.file("root/doomed/inside.txt");
+        pinnedAdd(doomed, "Favorites");
+        f.pane()->reload();
+        f.t.scans.finishAll();
+        QVERIFY(f.list()->source()->indexOfPath(doomed).isValid());
+
+        QVERIFY(contentViewSelect(f.pane()->contentView(), doomed));
+        f.frame->toolbar()->item("trash")->trigger();
+        const std::string trashed = testHome() + "/.local/share/Trash/files/doomed";
+        QTRY_VERIFY(QFileInfo(QString::fromStdString(trashed + "/inside.txt")).exists());
+        QVERIFY(!QFileInfo::exists(QString::fromStdString(doomed)));
+        QTRY_VERIFY(f.t.scans.count() > 0); // the favourites lose it, then the windows reload
+        QVERIFY(!pinnedSectionOf(doomed));
+        f.t.scans.finishAll();
+        QVERIFY(!f.list()->source()->indexOfPath(doomed).isValid());
+
+        // An item gone behind the window's back stays gone and is reported.
+        std::vector<QString> alerts;
+        auto& alert = ActionDialogs::current().alert;
+        auto realAlert = alert;
+        alert = [&](QWidget*, const QString& text, const QString& detail) { alerts.push_back(text + "/" + detail); };
+        auto menu = f.listMenu(QStringLiteral("d.txt"));
+        ::rename(f.tree.path("root/d.txt").c_str(), f.tree.path("moved.txt").c_str());
+        action(menu.get(), QStringLiteral("Move to Trash"))->trigger();
+        QTRY_COMPARE(alerts.size(), size_t(1));
+        QCOMPARE(alerts[0], QStringLiteral("No such file or directory/") + QString::fromStdString(f.tree.path("root/d.txt")));
+        f.list()->clearSelection();
+        f.frame->toolbar()->item("trash")->trigger(); // nothing selected: nothing happens
+        QTest::qWait(20);
+        QCOMPARE(alerts.size(), size_t(1));
+        alert = realAlert;
+    }
+};
+
+BRONDEL_GUI_TEST_MAIN(ContextActionsTest)
+#include "context_actions_test.moc"
