@@ -1,6 +1,9 @@
 #include "actions/menu_setup.h"
 
+#include "actions/settings_actions.h"
+#include "config/settings_file.h"
 #include "window/browser_frame.h"
+#include "window/browser_toolbar.h"
 #include "window/theme_icons.h"
 
 #include <QApplication>
@@ -28,6 +31,17 @@ QAction* item(QMenu* menu, const QString& title, const QKeySequence& keys, const
 QKeySequence keys(QKeyCombination combination)
 {
     return QKeySequence(combination);
+}
+
+// A submenu refilled from the settings each time it opens, so its check marks are
+// current whichever window changed them.
+QMenu* settingsMenu(QMenu* parent, const QString& title, const char* symbol, BrowserFrame* frame,
+    void (*fill)(QMenu&, const BrowserContext&))
+{
+    QMenu* menu = parent ? parent->addMenu(iconSymbol(symbol), title) : new QMenu(title, frame);
+    QObject::connect(menu, &QMenu::aboutToShow, menu, [menu, frame, fill] { fill(*menu, frame->context()); });
+    fill(*menu, frame->context());
+    return menu;
 }
 
 } // namespace
@@ -66,6 +80,16 @@ void MenuSetup::install(BrowserFrame* frame)
         &BrowserFrame::closeActivePane);
     item(view, QStringLiteral("Link Panes (Cable)"), keys(Qt::CTRL | Qt::ALT | Qt::Key_L), "cable.connector", frame,
         &BrowserFrame::linkToggleActive);
+    view->addSeparator();
+    QAction* hidden = item(view, QStringLiteral("Show Hidden Files"), keys(Qt::CTRL | Qt::SHIFT | Qt::Key_Period), "eye",
+        frame, [frame] { SettingsActions::toggleHidden(frame->context()); });
+    hidden->setCheckable(true);
+    QObject::connect(view, &QMenu::aboutToShow, hidden, [hidden] { hidden->setChecked(Settings::current().showHidden); });
+    hidden->setChecked(Settings::current().showHidden);
+    settingsMenu(view, QStringLiteral("Sort By"), "arrow.up.arrow.down", frame, SettingsActions::sortMenuFill);
+    settingsMenu(view, QStringLiteral("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill);
+    frame->toolbar()->setItemMenu(
+        "info", settingsMenu(nullptr, QStringLiteral("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill));
     view->addSeparator();
     item(view, QStringLiteral("Refresh"), keys(Qt::CTRL | Qt::Key_R), "arrow.clockwise", frame,
         &BrowserFrame::refresh);

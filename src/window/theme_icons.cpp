@@ -41,6 +41,7 @@ const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable
         {"gearshape", {"preferences-system", "preferences-system-symbolic"}},
         {"star", {"starred", "starred-symbolic"}},
         {"eye", {"view-reveal-symbolic", "view-conceal-symbolic"}},
+        {"arrow.up.arrow.down", {"view-sort-ascending", "view-sort-ascending-symbolic"}},
         {"minus.square", {"window-minimize", "window-minimize-symbolic"}},
         {"plus.square", {"window-maximize", "window-maximize-symbolic"}},
         {"doc.on.doc", {"edit-copy", "edit-copy-symbolic"}},

@@ -1,0 +1,91 @@
+#include "actions/settings_actions.h"
+
+#include "actions/context_actions.h"
+#include "config/settings_file.h"
+#include "sizes/info_module.h"
+#include "window/browser_context.h"
+
+#include <QMenu>
+
+#include <functional>
+
+namespace {
+
+void change(const BrowserContext& context, const std::function<void(BrondelSettings&)>& apply)
+{
+    BrondelSettings& settings = Settings::current();
+    apply(settings);
+    ContextActions::edit(context, [copy = settings] {
+        settingsSave(copy);
+        return true;
+    });
+}
+
+bool infoIsOn(const BrondelSettings& settings, const std::string& key)
+{
+    for (const InfoModule* module : InfoModules::enabled(settings))
+        if (module->key() == key)
+            return true;
+    return false;
+}
+
+template <typename Act>
+void checkItem(QMenu& menu, const QString& title, bool checked, Act act)
+{
+    QAction* action = menu.addAction(title);
+    action->setCheckable(true);
+    action->setChecked(checked);
+    QObject::connect(action, &QAction::triggered, action, act);
+}
+
+} // namespace
+
+void SettingsActions::toggleHidden(const BrowserContext& context)
+{
+    change(context, [](BrondelSettings& s) { s.showHidden = !s.showHidden; });
+}
+
+void SettingsActions::toggleFoldersFirst(const BrowserContext& context)
+{
+    change(context, [](BrondelSettings& s) { s.foldersFirst = !s.foldersFirst; });
+}
+
+void SettingsActions::toggleAscending(const BrowserContext& context)
+{
+    change(context, [](BrondelSettings& s) { s.ascending = !s.ascending; });
+}
+
+void SettingsActions::setSort(const BrowserContext& context, const std::string& key)
+{
+    change(context, [&key](BrondelSettings& s) { s.sortBy = key; });
+}
+
+void SettingsActions::toggleInfo(const BrowserContext& context, const std::string& key)
+{
+    change(context, [&key](BrondelSettings& s) { s.infoOn[key] = !infoIsOn(s, key); });
+}
+
+void SettingsActions::sortMenuFill(QMenu& menu, const BrowserContext& context)
+{
+    menu.clear();
+    const BrondelSettings& settings = Settings::current();
+    const std::pair<const char*, const char*> keys[] = {
+        {"Name", "name"}, {"Date Modified", "date"}, {"Size", "size"}, {"Kind", "kind"}};
+    const BrowserContext* where = &context;
+    for (const auto& [title, key] : keys)
+        checkItem(menu, QString::fromLatin1(title), settings.sortBy == key,
+            [where, key = std::string(key)] { setSort(*where, key); });
+    menu.addSeparator();
+    checkItem(menu, QStringLiteral("Ascending"), settings.ascending, [where] { toggleAscending(*where); });
+    checkItem(menu, QStringLiteral("Folders First"), settings.foldersFirst, [where] { toggleFoldersFirst(*where); });
+}
+
+void SettingsActions::infoMenuFill(QMenu& menu, const BrowserContext& context)
+{
+    menu.clear();
+    const BrondelSettings& settings = Settings::current();
+    const BrowserContext* where = &context;
+    for (const auto& module : InfoModules::all())
+        checkItem(menu, QString::fromStdString(module->title()), infoIsOn(settings, module->key()),
+            [where, key = module->key()] { toggleInfo(*where, key); });
+}

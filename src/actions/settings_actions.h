@@ -1,0 +1,25 @@
+#pragma once
+// The menu items that change only the settings: hidden files, the sort key and
+// direction, folders first, and which info modules are on. Each changes the process's
+// settings, saves them (off the main thread, in order with the other configuration
+// edits) and refreshes every window.
+
+#include <string>
+
+struct BrowserContext;
+class QMenu;
+
+struct SettingsActions {
+    static void toggleHidden(const BrowserContext& context);
+    static void toggleFoldersFirst(const BrowserContext& context);
+    static void toggleAscending(const BrowserContext& context);
+    // `key` is one of "name", "date", "size", "kind".
+    static void setSort(const BrowserContext& context, const std::string& key);
+    static void toggleInfo(const BrowserContext& context, const std::string& key);
+
+    // "Name", "Date Modified", "Size", "Kind", then "Ascending" and "Folders First",
+    // checked as the settings stand.
+    static void sortMenuFill(QMenu& menu, const BrowserContext& context);
+    // One item per info module, checked when it is on.
+    static void infoMenuFill(QMenu& menu, const BrowserContext& context);
+};
