@@ -3,6 +3,7 @@
 #include "config/settings_file.h"
 #include "fs/fmt.h"
 #include "fs/scanner.h"
+#include "sizes/folder_sizes.h"
 #include "sizes/info_module.h"
 
 #include <algorithm>
@@ -12,11 +13,15 @@ int CLIList::run(const Args& args, CliOut& out)
     const std::string path = args.empty() ? "." : args[0]; // not tilde-expanded
     const BrondelSettings& settings = Settings::current();
     DirNodePtr root = Scanner(settings).scan(path, 1);
+    // A command-line run waits for folder sizes instead of leaving them to the background.
+    FolderSizes::shared().setMode(SizeMode::Synchronous);
     if (root->children.empty()) {
         out.line("Empty or not a directory: " + path);
         return 0;
     }
     const auto& children = root->children;
+    for (const InfoModule* module : InfoModules::enabled(settings))
+        module->prepare(children);
     std::vector<std::string> infos;
     infos.reserve(children.size());
     size_t nameWidth = 0, infoWidth = 0;
