@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -147,7 +148,7 @@ private:
             }
             subs.clear();
             readDir(job, subs, buffer);
-            bool finished, startHelper;
+            bool finished;
             {
                 std::lock_guard guard(m_lock);
                 m_outstanding += int64_t(subs.size()) - 1;
@@ -156,14 +157,22 @@ private:
                 finished = m_outstanding == 0;
                 // Starting a thread costs more than reading a small folder: the helper
                 // only comes when there is a backlog for it.
-                startHelper = int(m_helpers.size()) + 1 < m_threads && m_jobs.size() >= 2;
-                if (startHelper)
-                    m_helpers.emplace_back([this] { work(); });
+                if (int(m_helpers.size()) + 1 < m_threads && m_jobs.size() >= 2)
+                    startHelper();
             }
             if (finished || subs.size() > 1)
                 m_wake.notify_all();
             else if (!subs.empty())
                 m_wake.notify_one();
+        }
+    }
+
+    void startHelper()
+    {
+        try {
+            m_helpers.emplace_back([this] { work(); });
+        } catch (const std::system_error&) {
+            m_threads = int(m_helpers.size()) + 1; // no more threads to be had: carry on without
         }
     }
 
@@ -207,7 +216,7 @@ private:
     }
 
     const std::vector<std::string>& m_paths;
-    const int m_threads;
+    int m_threads; // lowered when the system refuses a thread
     std::unique_ptr<std::atomic<int64_t>[]> m_totals;
     std::vector<dev_t> m_devs; // written before any thread starts
 

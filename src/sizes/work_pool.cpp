@@ -1,5 +1,7 @@
 #include "sizes/work_pool.h"
 
+#include <system_error>
+
 WorkPool::WorkPool(int maxThreads)
     : m_maxThreads(maxThreads < 1 ? 1 : maxThreads)
 {
@@ -22,10 +24,15 @@ void WorkPool::start(std::function<void()> task)
 {
     std::lock_guard guard(m_lock);
     m_tasks.push_back(std::move(task));
-    if (int(m_tasks.size()) > m_idle && int(m_threads.size()) < m_maxThreads && !m_stopping)
-        m_threads.emplace_back([this] { loop(); });
-    else
-        m_wake.notify_one();
+    if (int(m_tasks.size()) > m_idle && int(m_threads.size()) < m_maxThreads && !m_stopping) {
+        try {
+            m_threads.emplace_back([this] { loop(); });
+            return;
+        } catch (const std::system_error&) {
+            // No thread to be had now: a running one takes the task when it is free.
+        }
+    }
+    m_wake.notify_one();
 }
 
 void WorkPool::loop()

@@ -81,13 +81,10 @@ public:
             const std::string lane = path.substr(0, path.find('/', 5)); // "/vol/a/x" -> "/vol/a"
             std::unique_lock guard(m_lock);
             m_started.push_back(path);
-            const int running = ++m_running[lane];
-            m_maxRunning[lane] = std::max(m_maxRunning[lane], running);
-            m_maxTotal = std::max(m_maxTotal, int(m_started.size() - m_done));
+            m_maxRunning[lane] = std::max(m_maxRunning[lane], ++m_running[lane]);
             m_changed.notify_all();
             m_changed.wait(guard, [&] { return m_released.count(path) > 0; });
             --m_running[lane];
-            ++m_done;
             return std::vector<int64_t>{int64_t(path.size())};
         };
     }
@@ -111,11 +108,6 @@ public:
         std::lock_guard guard(m_lock);
         return m_maxRunning[lane];
     }
-    int maxTotal()
-    {
-        std::lock_guard guard(m_lock);
-        return m_maxTotal;
-    }
 
 private:
     std::mutex m_lock;
@@ -123,8 +115,6 @@ private:
     std::vector<std::string> m_started;
     std::set<std::string> m_released;
     std::map<std::string, int> m_running, m_maxRunning;
-    int m_maxTotal = 0;
-    size_t m_done = 0;
 };
 
 std::vector<std::string> volumes() { return {"/vol/a", "/vol/b"}; }
@@ -179,7 +169,6 @@ TEST(FolderSizes, LanesRunSideBySideTwoWalksEach)
         EXPECT_EQ(sizeOnceKnown(sizes, path), 8);
     EXPECT_EQ(held.maxRunning("/vol/a"), 2);
     EXPECT_EQ(held.maxRunning("/vol/b"), 2);
-    EXPECT_EQ(held.maxTotal(), 4);
 }
 
 TEST(FolderSizes, RepeatedRequestsQueueOneWalk)
