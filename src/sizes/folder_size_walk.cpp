@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cerrno>
 #include <condition_variable>
+#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <memory>
@@ -237,4 +238,13 @@ std::vector<int64_t> folderSizeWalkAll(const std::vector<std::string>& paths, in
 int64_t folderSizeWalk(const std::string& path, int threads)
 {
     return folderSizeWalkAll({path}, threads).front();
+}
+
+int folderSizeWalkThreads()
+{
+    double load = 0;
+    const unsigned cores = std::thread::hardware_concurrency();
+    if (cores < 2 || ::getloadavg(&load, 1) != 1)
+        return cores < 2 ? 1 : 2;
+    return load < double(cores) - 0.5 ? 2 : 1;
 }

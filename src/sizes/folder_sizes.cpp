@@ -12,7 +12,7 @@ constexpr int kPoolThreads = 8;
 } // namespace
 
 FolderSizes::FolderSizes()
-    : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths); },
+    : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths, folderSizeWalkThreads()); },
                   folderSizeMountPoints)
 {
 }

@@ -102,7 +102,7 @@ TEST(FolderSizeWalk, SkipsAFolderThatCannotBeOpened)
     calls.openat = openatLocked;
     g_lockedName = "locked";
     SysCallsOverride override(calls);
-    EXPECT_EQ(folderSizeWalk(t.tree.root()), t.expected);
+    EXPECT_EQ(folderSizeWalk(t.tree.root(), 2), t.expected);
 }
 
 TEST(FolderSizeWalk, StaysOnTheRootsDeviceAndOutOfLoops)
@@ -117,10 +117,10 @@ TEST(FolderSizeWalk, StaysOnTheRootsDeviceAndOutOfLoops)
 
     ASSERT_EQ(::stat(t.root().c_str(), &g_impostor), 0);
     g_impostor.st_dev += 1; // a volume mounted at inner/other
-    EXPECT_EQ(folderSizeWalk(t.root()), 100);
+    EXPECT_EQ(folderSizeWalk(t.root(), 2), 100);
 
     ASSERT_EQ(::stat(t.root().c_str(), &g_impostor), 0); // the root bound again at inner/other
-    EXPECT_EQ(folderSizeWalk(t.root()), 100);
+    EXPECT_EQ(folderSizeWalk(t.root(), 2), 100);
 }
 
 TEST(FolderSizeWalk, RootsOfEveryKind)
@@ -134,13 +134,13 @@ TEST(FolderSizeWalk, RootsOfEveryKind)
         deep += "/d";
     t.sized(deep + "/bottom", 42);
 
-    EXPECT_EQ(folderSizeWalk(toDir), 300); // a linked root is measured through the link
-    EXPECT_EQ(folderSizeWalk(t.path("only-empty")), 0);
-    EXPECT_EQ(folderSizeWalk(t.path("dir/one")), 300);
-    EXPECT_EQ(folderSizeWalk(t.path("missing")), 0);
-    EXPECT_EQ(folderSizeWalk(t.path("deep")), 42);
+    EXPECT_EQ(folderSizeWalk(toDir, 2), 300); // a linked root is measured through the link
+    EXPECT_EQ(folderSizeWalk(t.path("only-empty"), 2), 0);
+    EXPECT_EQ(folderSizeWalk(t.path("dir/one"), 2), 300);
+    EXPECT_EQ(folderSizeWalk(t.path("missing"), 2), 0);
+    EXPECT_EQ(folderSizeWalk(t.path("deep"), 2), 42);
     const std::vector<std::string> roots = {t.path("deep"), t.path("missing"), toDir, t.path("dir/one"), t.root()};
-    const auto totals = folderSizeWalkAll(roots);
+    const auto totals = folderSizeWalkAll(roots, 2);
     ASSERT_EQ(totals.size(), roots.size());
     for (size_t i = 0; i < roots.size(); ++i)
         EXPECT_EQ(totals[i], folderSizeWalk(roots[i], 1)) << roots[i];

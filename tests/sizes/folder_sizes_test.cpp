@@ -1,6 +1,5 @@
 #include "sizes/drive_children.h"
 #include "sizes/folder_size_lane.h"
-#include "sizes/folder_size_walk.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 

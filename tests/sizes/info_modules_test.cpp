@@ -2,7 +2,6 @@
 
 #include "fs/fmt.h"
 #include "fs/volume.h"
-#include "sizes/folder_size_walk.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 #include "support/temp_tree.h"
