@@ -1,5 +1,6 @@
 #include "app/cli_search.h"
 
+#include "app/cli_keep.h"
 #include "config/settings_file.h"
 #include "fs/fmt.h"
 #include "fs/paths.h"
@@ -18,9 +19,17 @@ int CLISearch::run(const Args& args, CliOut& out)
     }
     const std::string& typedPath = args[0];
     const std::string& query = args[1];
-    DirNodePtr root = Scanner(Settings::current()).scan(expandTilde(typedPath), kSearchDepth);
+    const NameFilter filter(query);
+    Scanner scanner(Settings::current());
+    if (cliPlainScan()) {
+        scanner.setThreads(1);
+    } else {
+        scanner.setSearchFilter(&filter); // keep only what is printed
+    }
+    DirNodePtr root = scanner.scan(expandTilde(typedPath), kSearchDepth);
+    cliKeepUntilExit(root);
     std::vector<DirNodePtr> matches;
-    filterWalk(root, filterLower(query), matches);
+    filterWalk(root, filter, matches);
     if (matches.empty()) {
         out.line("No matches for '" + query + "' in " + typedPath);
         return 0;

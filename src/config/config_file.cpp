@@ -3,6 +3,7 @@
 #include "config/config_text.h"
 #include "fs/file_io.h"
 #include "fs/paths.h"
+#include "fs/sys_calls.h"
 
 #include <cstdlib>
 
@@ -24,14 +25,20 @@ std::string recentsPath() { return configPath(nullptr, "/.brondel/recents.txt");
 std::string peekOrderPath() { return configPath(nullptr, "/.brondel/peek-order.toml"); }
 std::string cardsDir() { return configPath(nullptr, "/.brondel/cards"); }
 
-std::optional<std::string> configRead(const std::string& path)
+std::optional<std::string> configRead(const std::string& path, ConfigBytes bytes)
 {
     if (path.empty())
         return std::nullopt;
     auto text = fileReadAll(path);
-    if (!text || !configIsUtf8(*text))
+    if (!text || (bytes == ConfigBytes::Utf8Only && !configIsUtf8(*text)))
         return std::nullopt;
     return text;
+}
+
+bool configExists(const std::string& path)
+{
+    struct stat st;
+    return !path.empty() && sysCalls().stat(path.c_str(), &st) == 0;
 }
 
 bool configWrite(const std::string& path, std::string_view text)

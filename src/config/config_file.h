@@ -22,8 +22,17 @@ std::string recentsPath();     // ~/.brondel/recents.txt
 std::string peekOrderPath();   // ~/.brondel/peek-order.toml
 std::string cardsDir();        // ~/.brondel/cards
 
-// The file's text when it can be read whole and is valid UTF-8; otherwise nothing.
-std::optional<std::string> configRead(const std::string& path);
+// Files that hold folder paths (favourites, sidebar, recent folders) must read back any
+// name the file system gives, and Linux names are bytes: for them a non-UTF-8 byte is
+// kept instead of making the whole file unreadable.
+enum class ConfigBytes { Utf8Only, Any };
+
+// The file's text when it can be read whole (and, with Utf8Only, is valid UTF-8);
+// otherwise nothing.
+std::optional<std::string> configRead(const std::string& path, ConfigBytes bytes = ConfigBytes::Utf8Only);
+
+// Whether something exists at `path` (a final symbolic link is followed).
+bool configExists(const std::string& path);
 
 // Creates the parent directories and replaces the file atomically. Errors are absorbed;
 // the result only tells tests what happened.

@@ -1,20 +1,13 @@
 #include "config/config_text.h"
 
+#include "fs/text_lines.h"
+
 #include <charconv>
+#include <cmath>
 
 std::vector<std::string_view> configSplitLines(std::string_view text)
 {
-    std::vector<std::string_view> lines;
-    size_t start = 0;
-    for (;;) {
-        size_t nl = text.find('\n', start);
-        if (nl == std::string_view::npos) {
-            lines.push_back(text.substr(start));
-            return lines;
-        }
-        lines.push_back(text.substr(start, nl - start));
-        start = nl + 1;
-    }
+    return textSplitLines(text);
 }
 
 namespace {
@@ -148,6 +141,27 @@ std::optional<int64_t> configParseInt(std::string_view value)
     if (ec != std::errc() || ptr != withSign.data() + withSign.size())
         return std::nullopt;
     return result;
+}
+
+std::optional<double> configParseDouble(std::string_view value)
+{
+    bool plus = value.starts_with('+');
+    if (plus)
+        value.remove_prefix(1);
+    if (value.empty() || value[0] == '+' || (plus && value[0] == '-'))
+        return std::nullopt;
+    double result = 0;
+    auto [ptr, ec] = std::from_chars(value.data(), value.data() + value.size(), result, std::chars_format::general);
+    if (ec != std::errc() || ptr != value.data() + value.size() || !std::isfinite(result))
+        return std::nullopt;
+    return result;
+}
+
+std::string configFormatDouble(double value)
+{
+    char buf[400]; // room for the longest fixed form of a finite double
+    auto [ptr, ec] = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed);
+    return ec == std::errc() ? std::string(buf, ptr) : std::string("0");
 }
 
 bool configIsUtf8(std::string_view bytes)

@@ -35,5 +35,12 @@ bool configBool(std::string_view value);
 // overflow of 64 bits) gives nothing.
 std::optional<int64_t> configParseInt(std::string_view value);
 
+// Decimal number with an optional single "+" or "-" ("0.58", ".5", "1e-3"); the whole
+// text must be the number. Empty text, junk, infinities and NaN give nothing.
+std::optional<double> configParseDouble(std::string_view value);
+
+// The shortest plain decimal text that reads back to the same double ("0.58", "0.5", "1").
+std::string configFormatDouble(double value);
+
 // Whether the bytes are well-formed UTF-8.
 bool configIsUtf8(std::string_view bytes);

@@ -4,6 +4,7 @@
 #include <unicode/ustring.h>
 
 #include <cstdlib>
+#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -58,15 +59,132 @@ const UChar* toUtf16(std::string_view utf8, std::vector<UChar>& buf, int32_t& le
     return buf.data();
 }
 
+bool isAscii(std::string_view s)
+{
+    for (unsigned char c : s)
+        if (c >= 0x80)
+            return false;
+    return true;
+}
+
+bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
+
+// Primary ranks of the ASCII characters under `collator`, learnt from the collator
+// itself: characters it finds equal share a rank, ignorable ones get 0. Digits all get
+// the rank of "0"; runs of them are compared by value (numeric collation).
+struct AsciiTable {
+    unsigned char rank[128] = {};
+    bool usable = false;
+
+    explicit AsciiTable(UCollator* c)
+    {
+        // Tailored locales may reorder or contract ASCII letters: keep ICU for those.
+        int32_t rulesLength = 0;
+        ucol_getRules(c, &rulesLength);
+        if (rulesLength != 0)
+            return;
+        std::vector<UChar> chars;
+        for (UChar ch = 1; ch < 128; ++ch)
+            if (!isDigit(ch) || ch == '0')
+                chars.push_back(ch);
+        auto cmp = [&](UChar a, UChar b) { return ucol_strcoll(c, &a, 1, &b, 1); };
+        std::stable_sort(chars.begin(), chars.end(), [&](UChar a, UChar b) { return cmp(a, b) == UCOL_LESS; });
+        unsigned char next = 0;
+        UChar previous = 0;
+        for (UChar ch : chars) {
+            UChar none = 0;
+            if (ucol_strcoll(c, &ch, 1, &none, 0) == UCOL_EQUAL) {
+                rank[ch] = 0; // completely ignorable
+                continue;
+            }
+            if (previous == 0 || cmp(previous, ch) != UCOL_EQUAL)
+                ++next;
+            rank[ch] = next;
+            previous = ch;
+        }
+        for (int d = '1'; d <= '9'; ++d)
+            rank[d] = rank[int('0')];
+        usable = next < 255;
+    }
+};
+
 } // namespace
+
+int NameCollator::compareAscii(std::string_view a, std::string_view b) const
+{
+    size_t i = 0, j = 0;
+    const size_t n = a.size(), m = b.size();
+    for (;;) {
+        while (i < n && m_rank[(unsigned char)a[i]] == 0)
+            ++i;
+        while (j < m && m_rank[(unsigned char)b[j]] == 0)
+            ++j;
+        if (i == n || j == m)
+            return (i == n) == (j == m) ? 0 : i == n ? -1 : 1;
+        unsigned char ca = a[i], cb = b[j];
+        if (isDigit(ca) && isDigit(cb)) {
+            // Compare the two runs by value: skip leading zeros, then length, then digits.
+            while (i < n && a[i] == '0')
+                ++i;
+            while (j < m && b[j] == '0')
+                ++j;
+            size_t si = i, sj = j;
+            while (i < n && isDigit(a[i]))
+                ++i;
+            while (j < m && isDigit(b[j]))
+                ++j;
+            size_t la = i - si, lb = j - sj;
+            if (la != lb)
+                return la < lb ? -1 : 1;
+            int c = a.substr(si, la).compare(b.substr(sj, lb));
+            if (c != 0)
+                return c < 0 ? -1 : 1;
+            continue;
+        }
+        unsigned char ra = m_rank[ca], rb = m_rank[cb];
+        if (ra != rb)
+            return ra < rb ? -1 : 1;
+        ++i;
+        ++j;
+    }
+}
+
+std::string NameCollator::asciiKey(std::string_view name) const
+{
+    std::string key;
+    key.reserve(name.size() + 4);
+    const size_t n = name.size();
+    for (size_t i = 0; i < n;) {
+        unsigned char c = name[i];
+        if (isDigit(c)) {
+            while (i < n && name[i] == '0')
+                ++i;
+            size_t start = i;
+            while (i < n && isDigit(name[i]))
+                ++i;
+            size_t len = i - start;
+            key.push_back(char(m_rank[int('0')]));
+            key.push_back(char(len >> 8));
+            key.push_back(char(len & 0xff));
+            key.append(name.substr(start, len));
+            continue;
+        }
+        if (m_rank[c] != 0)
+            key.push_back(char(m_rank[c]));
+        ++i;
+    }
+    return key;
+}
 
 std::string NameCollator::localeId()
 {
     return icuLocaleFromPosix(envLocale("LC_COLLATE"));
 }
 
-NameCollator::NameCollator(UCollator* collator)
+NameCollator::NameCollator(UCollator* collator, const unsigned char* asciiRank, bool asciiFast)
     : m_collator(collator)
+    , m_rank(asciiRank)
+    , m_asciiFast(asciiFast)
 {
 }
 
@@ -75,16 +193,19 @@ NameCollator::~NameCollator() { ucol_close(m_collator); }
 const NameCollator& NameCollator::forThread()
 {
     static UCollator* const kTemplate = openTemplate();
+    static const AsciiTable kTable(kTemplate);
     thread_local std::unique_ptr<NameCollator> mine;
     if (!mine) {
         UErrorCode status = U_ZERO_ERROR;
-        mine.reset(new NameCollator(ucol_clone(kTemplate, &status)));
+        mine.reset(new NameCollator(ucol_clone(kTemplate, &status), kTable.rank, kTable.usable));
     }
     return *mine;
 }
 
 int NameCollator::compare(std::string_view a, std::string_view b) const
 {
+    if (m_asciiFast && isAscii(a) && isAscii(b))
+        return compareAscii(a, b);
     UErrorCode status = U_ZERO_ERROR;
     UCollationResult r = ucol_strcollUTF8(m_collator, a.data(), int32_t(a.size()), b.data(), int32_t(b.size()), &status);
     return r == UCOL_LESS ? -1 : r == UCOL_GREATER ? 1 : 0;

@@ -23,11 +23,25 @@ public:
     // The ICU locale id in use ("" is the root locale).
     static std::string localeId();
 
+    // Whether names made only of ASCII bytes are compared by the fast table (true for
+    // locales without tailoring: the root locale, English and others).
+    bool hasAsciiFastPath() const { return m_asciiFast; }
+
+    // The fast comparison of two ASCII names; the same answer ICU gives.
+    int compareAscii(std::string_view a, std::string_view b) const;
+
+    // A byte key of an ASCII name whose plain byte order is compareAscii's order: one
+    // rank byte per character, and for a run of digits the rank of "0", the run's
+    // length without leading zeros (two bytes) and its digits.
+    std::string asciiKey(std::string_view name) const;
+
     ~NameCollator();
     NameCollator(const NameCollator&) = delete;
     NameCollator& operator=(const NameCollator&) = delete;
 
 private:
-    explicit NameCollator(UCollator* collator);
+    NameCollator(UCollator* collator, const unsigned char* asciiRank, bool asciiFast);
     UCollator* m_collator;
+    const unsigned char* m_rank; // primary rank per ASCII byte; 0 = ignorable
+    bool m_asciiFast;
 };

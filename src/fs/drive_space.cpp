@@ -1,6 +1,7 @@
 #include "fs/volume.h"
 
 #include "fs/file_io.h"
+#include "fs/mount_table.h"
 
 #include <chrono>
 #include <climits>
@@ -9,7 +10,6 @@
 #include <map>
 #include <mutex>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 
 namespace {
 
@@ -46,12 +46,23 @@ DriveSpaceCache& cache()
 
 constexpr auto kFresh = std::chrono::seconds(5);
 
+// Every folder a view shows may be asked about; past this many entries the stale ones
+// are dropped so a long session does not keep one entry per folder ever visited.
+constexpr size_t kPruneAbove = 512;
+
+void pruneStale(std::map<std::string, DriveSpaceCache::Entry>& entries, std::chrono::steady_clock::time_point now)
+{
+    if (entries.size() <= kPruneAbove)
+        return;
+    std::erase_if(entries, [now](const auto& item) { return now - item.second.readAt >= kFresh; });
+}
+
 } // namespace
 
 std::optional<Volume> driveSpaceRead(const std::string& path)
 {
-    struct statvfs vfs;
-    if (::statvfs(path.c_str(), &vfs) != 0)
+    const std::optional<MountCapacity> capacity = mountCapacityRead(path);
+    if (!capacity)
         return std::nullopt;
     char resolved[PATH_MAX];
     if (!::realpath(path.c_str(), resolved) || !isMountRoot(resolved))
@@ -59,23 +70,26 @@ std::optional<Volume> driveSpaceRead(const std::string& path)
     Volume v;
     v.name = pathLastComponent(path);
     v.path = path;
-    v.totalBytes = int64_t(vfs.f_blocks) * int64_t(vfs.f_frsize);
-    v.freeBytes = int64_t(vfs.f_bavail) * int64_t(vfs.f_frsize);
+    v.totalBytes = capacity->totalBytes;
+    v.freeBytes = capacity->freeBytes;
     return v;
 }
 
 std::optional<Volume> driveSpace(const std::string& path)
 {
     auto& c = cache();
-    const auto now = std::chrono::steady_clock::now();
     {
         std::lock_guard guard(c.lock);
         auto it = c.entries.find(path);
-        if (it != c.entries.end() && now - it->second.readAt < kFresh)
+        if (it != c.entries.end() && std::chrono::steady_clock::now() - it->second.readAt < kFresh)
             return it->second.result;
     }
     auto result = driveSpaceRead(path); // the system calls run outside the lock
+    // Stamped after the reading: a slow file system must not leave an entry that is
+    // already old when it lands.
+    const auto now = std::chrono::steady_clock::now();
     std::lock_guard guard(c.lock);
+    pruneStale(c.entries, now);
     c.entries[path] = {now, result};
     return result;
 }

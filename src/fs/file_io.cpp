@@ -73,14 +73,8 @@ bool fileMakeDirs(const std::string& dir)
     return false;
 }
 
-bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs parents)
+std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text)
 {
-    if (path.empty())
-        return false;
-    std::string dir = pathParent(path);
-    if (parents == ParentDirs::Create && !dir.empty())
-        fileMakeDirs(dir);
-
     // A unique temporary name in the same directory, so the rename stays on one device.
     static std::atomic<unsigned> counter{0};
     std::string temp;
@@ -91,15 +85,33 @@ bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs 
             + std::to_string(stamp & 0xffffff);
         fd = sysOpen(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
         if (fd < 0 && errno != EEXIST)
-            return false;
+            return std::nullopt;
     }
     if (fd < 0)
-        return false;
+        return std::nullopt;
     bool ok = sysWriteAll(fd, text.data(), text.size());
     ok = ok && sysCalls().fsync(fd) == 0;
     ok = sysClose(fd) == 0 && ok;
-    ok = ok && sysCalls().rename(temp.c_str(), path.c_str()) == 0;
-    if (!ok)
-        sysCalls().unlink(temp.c_str());
-    return ok;
+    if (ok)
+        return temp;
+    int error = errno;
+    sysCalls().unlink(temp.c_str());
+    errno = error;
+    return std::nullopt;
+}
+
+bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs parents)
+{
+    if (path.empty())
+        return false;
+    std::string dir = pathParent(path);
+    if (parents == ParentDirs::Create && !dir.empty())
+        fileMakeDirs(dir);
+    std::optional<std::string> temp = fileWriteTemp(path, text);
+    if (!temp)
+        return false;
+    if (sysCalls().rename(temp->c_str(), path.c_str()) == 0)
+        return true;
+    sysCalls().unlink(temp->c_str());
+    return false;
 }

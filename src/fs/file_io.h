@@ -19,6 +19,11 @@ enum class ParentDirs { Create, Keep };
 // or empty one. On failure the old file is untouched and the temporary is removed.
 bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs parents = ParentDirs::Create);
 
+// The first half of fileWriteAtomic: writes `text` to a fresh temporary file beside
+// `path` and flushes it to the disk. Returns the temporary's path, for the caller to
+// link or rename into place; on failure nothing is left behind and errno tells why.
+std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text);
+
 // The path without its last component ("" for a bare name, "/" for "/x").
 std::string pathParent(const std::string& path);
 

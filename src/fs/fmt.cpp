@@ -34,7 +34,10 @@ struct DateFormatter {
     DateFormatter()
     {
         UErrorCode status = U_ZERO_ERROR;
+        // The C locale reads as US English here (ICU's root locale has no month names).
         std::string locale = NameCollator::localeId();
+        if (locale.empty())
+            locale = "en_US";
         // Time zone: ICU's default, which follows TZ and the system zone.
         format = udat_open(UDAT_SHORT, UDAT_MEDIUM, locale.c_str(), nullptr, -1, nullptr, -1, &status);
         if (U_FAILURE(status))

@@ -7,7 +7,9 @@
 
 namespace {
 
-std::string homeOfUser(const std::string& user)
+// One password-database entry: of the running user for an empty name.
+template <typename Field>
+std::string passwdField(const std::string& user, Field field)
 {
     struct passwd pw;
     struct passwd* found = nullptr;
@@ -16,7 +18,13 @@ std::string homeOfUser(const std::string& user)
         getpwuid_r(::getuid(), &pw, buf.data(), buf.size(), &found);
     else
         getpwnam_r(user.c_str(), &pw, buf.data(), buf.size(), &found);
-    return found && found->pw_dir ? std::string(found->pw_dir) : std::string();
+    const char* value = found ? field(*found) : nullptr;
+    return value ? std::string(value) : std::string();
+}
+
+std::string homeOfUser(const std::string& user)
+{
+    return passwdField(user, [](const passwd& p) { return p.pw_dir; });
 }
 
 } // namespace
@@ -27,6 +35,15 @@ std::string homeDir()
         return home;
     std::string home = homeOfUser("");
     return home.empty() ? "/" : home;
+}
+
+std::string loginName()
+{
+    std::string name = passwdField("", [](const passwd& p) { return p.pw_name; });
+    if (name.empty())
+        if (const char* user = std::getenv("USER"))
+            name = user;
+    return name;
 }
 
 std::string expandTilde(const std::string& path)

@@ -6,6 +6,9 @@
 // The user's home folder: $HOME when set, else the password database's entry.
 std::string homeDir();
 
+// The login name of the user running the program ("" when unknown).
+std::string loginName();
+
 // Expands a leading "~" or "~/..." to the home folder and "~user/..." to that user's
 // home; any other path (and an unknown user) is returned unchanged.
 std::string expandTilde(const std::string& path);

@@ -41,29 +41,45 @@ bool validUtf8(std::string_view s)
     return status != U_INVALID_CHAR_FOUND && status != U_ILLEGAL_CHAR_FOUND;
 }
 
-// Full Unicode case mapping (root locale) of valid UTF-8.
+// Full Unicode case mapping (root locale) of valid UTF-8. Names are short: the work is
+// done in stack buffers, with the heap only for very long texts.
 std::string icuCase(std::string_view s, bool upper)
 {
-    std::vector<UChar> in(s.size() + 1), out(s.size() * 3 + 8);
-    int32_t inLen = 0, outLen = 0;
+    constexpr size_t kStack = 512;
+    UChar inStack[kStack], outStack[kStack * 3];
+    std::vector<UChar> inHeap, outHeap;
+    UChar* in = inStack;
+    UChar* out = outStack;
+    size_t outCap = kStack * 3;
+    if (s.size() + 1 > kStack) {
+        inHeap.resize(s.size() + 1);
+        outHeap.resize(s.size() * 3 + 8);
+        in = inHeap.data();
+        out = outHeap.data();
+        outCap = outHeap.size();
+    }
+    int32_t inLen = 0, outLen = 0, len8 = 0;
     UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(in.data(), int32_t(in.size()), &inLen, s.data(), int32_t(s.size()), &status);
+    u_strFromUTF8(in, int32_t(s.size() + 1), &inLen, s.data(), int32_t(s.size()), &status);
     if (U_FAILURE(status))
         return std::string(s);
     status = U_ZERO_ERROR;
-    outLen = upper ? u_strToUpper(out.data(), int32_t(out.size()), in.data(), inLen, "", &status)
-                   : u_strToLower(out.data(), int32_t(out.size()), in.data(), inLen, "", &status);
+    outLen = upper ? u_strToUpper(out, int32_t(outCap), in, inLen, "", &status)
+                   : u_strToLower(out, int32_t(outCap), in, inLen, "", &status);
     if (U_FAILURE(status))
         return std::string(s);
     std::string result(size_t(outLen) * 3 + 1, '\0');
-    int32_t len8 = 0;
     status = U_ZERO_ERROR;
-    u_strToUTF8(result.data(), int32_t(result.size()), &len8, out.data(), outLen, &status);
+    u_strToUTF8(result.data(), int32_t(result.size()), &len8, out, outLen, &status);
     if (U_FAILURE(status))
         return std::string(s);
     result.resize(size_t(len8));
     return result;
 }
+
+// Folders with at least this many entries have their entries' status read on two
+// threads (a thread costs far less than a few thousand status queries).
+constexpr size_t kSplitFolderFrom = 4096;
 
 struct Job {
     DirNode* node;
@@ -73,9 +89,12 @@ struct Job {
 // The state one scan shares between its threads.
 class ScanRun {
 public:
-    ScanRun(const BrondelSettings& settings, int threads)
+    ScanRun(const BrondelSettings& settings, int threads, const NameFilter* searchFilter)
         : m_settings(settings)
         , m_threads(threads)
+        , m_searchFilter(searchFilter)
+        // Sorting by date or size needs every status; folders-first needs to know folders.
+        , m_statusForAll(settings.sortBy == "date" || settings.sortBy == "size")
     {
     }
 
@@ -157,14 +176,51 @@ private:
             return;
         }
         const bool atRoot = parent.path == "/";
-        std::vector<DirNodePtr> children;
+        struct Entry {
+            std::string name;
+            unsigned char type;
+        };
+        std::vector<Entry> entries;
         while (struct dirent* entry = ::readdir(dir)) {
             const char* name = entry->d_name;
             if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
                 continue;
             if (name[0] == '.' && !m_settings.showHidden)
                 continue;
-            auto node = makeNode(fd, name, atRoot ? "/" + std::string(name) : parent.path + "/" + name, entry->d_type);
+            entries.push_back({name, entry->d_type});
+        }
+        // Builds the nodes of entries [from, to) into slots of the same index; a slot
+        // stays empty for an entry the search leaves out.
+        std::vector<DirNodePtr> slots(entries.size());
+        auto build = [&](size_t from, size_t to) {
+            for (size_t i = from; i < to; ++i) {
+                const Entry& e = entries[i];
+                const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
+                if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
+                    continue; // a file the search will never print
+                const bool needStatus = wanted || m_statusForAll || e.type == DT_LNK || e.type == DT_UNKNOWN;
+                auto node = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name, e.type,
+                                     needStatus ? StatusQuery::Ask : StatusQuery::Skip);
+                if (!wanted && !node->isDir)
+                    continue; // a link or unknown entry that turned out not to be a folder
+                slots[i] = std::move(node);
+            }
+        };
+        // A large folder's status queries are shared with a second thread; the slots
+        // keep the directory's order, so the result does not depend on the split.
+        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom) {
+            const size_t half = entries.size() / 2;
+            std::thread helper(build, half, entries.size());
+            build(0, half);
+            helper.join();
+        } else {
+            build(0, entries.size());
+        }
+        std::vector<DirNodePtr> children;
+        children.reserve(slots.size());
+        for (auto& node : slots) {
+            if (!node)
+                continue;
             if (node->isDir && remaining >= 2) {
                 node->childrenLoaded = true;
                 subs.push_back({node.get(), remaining - 1});
@@ -178,16 +234,20 @@ private:
         parent.childrenLoaded = true;
     }
 
-    static DirNodePtr makeNode(int dirfd, const char* name, std::string path, unsigned char dType)
+    enum class StatusQuery { Ask, Skip };
+
+    static DirNodePtr makeNode(int dirfd, const char* name, std::string path, unsigned char dType, StatusQuery query)
     {
         auto node = DirNode::make();
         node->name = name;
         node->path = std::move(path);
         struct stat st;
-        int rc;
-        do
-            rc = sysCalls().fstatat(dirfd, name, &st, 0);
-        while (rc != 0 && errno == EINTR);
+        int rc = -1;
+        if (query == StatusQuery::Ask) {
+            do
+                rc = sysCalls().fstatat(dirfd, name, &st, 0);
+            while (rc != 0 && errno == EINTR);
+        }
         const bool statOk = rc == 0;
         node->isDir = statOk ? S_ISDIR(st.st_mode) : dType == DT_DIR;
         node->size = statOk && !node->isDir ? int64_t(st.st_size) : 0;
@@ -204,6 +264,8 @@ private:
 
     const BrondelSettings& m_settings;
     const int m_threads;
+    const NameFilter* const m_searchFilter;
+    const bool m_statusForAll;
     std::mutex m_lock;
     std::condition_variable m_wake;
     std::vector<Job> m_jobs;
@@ -226,7 +288,7 @@ DirNodePtr Scanner::scan(const std::string& path, int64_t depth) const
     root->isDir = true;
     if (depth < 1)
         return root;
-    ScanRun(m_settings, m_threads).run(*root, depth);
+    ScanRun(m_settings, m_threads, m_searchFilter).run(*root, depth);
     return root;
 }
 
@@ -261,10 +323,26 @@ std::string filterLower(std::string_view text)
     return icuCase(text, false);
 }
 
-void filterWalk(const DirNodePtr& node, std::string_view lowerQuery, std::vector<DirNodePtr>& into)
+NameFilter::NameFilter(std::string_view query)
+    : m_lowerQuery(filterLower(query))
 {
-    if (filterLower(node->name).find(lowerQuery) != std::string::npos)
+}
+
+bool NameFilter::matches(std::string_view name) const
+{
+    if (isAscii(name)) {
+        auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+        auto it = std::search(name.begin(), name.end(), m_lowerQuery.begin(), m_lowerQuery.end(),
+                              [&](char a, char q) { return lower(a) == q; });
+        return it != name.end() || m_lowerQuery.empty();
+    }
+    return filterLower(name).find(m_lowerQuery) != std::string::npos;
+}
+
+void filterWalk(const DirNodePtr& node, const NameFilter& filter, std::vector<DirNodePtr>& into)
+{
+    if (filter.matches(node->name))
         into.push_back(node);
     for (const auto& child : node->children)
-        filterWalk(child, lowerQuery, into);
+        filterWalk(child, filter, into);
 }

@@ -9,10 +9,28 @@
 #include <cstdint>
 #include <string>
 
+// Case-insensitive name matching for the search: the query is lower-cased once; ASCII
+// names are matched without copying.
+class NameFilter {
+public:
+    explicit NameFilter(std::string_view query);
+    bool matches(std::string_view name) const;
+
+private:
+    std::string m_lowerQuery;
+};
+
 class Scanner {
 public:
     // The settings decide hidden files and the sort; they are copied once.
     explicit Scanner(const BrondelSettings& settings);
+
+    // A search keeps only what it prints. With a filter set, an entry that the filter
+    // does not match gets no status query when its directory entry already tells
+    // whether it is a folder, and is left out unless it is a folder (its descendants
+    // may match). Sorting is stable, so what is kept stands in the same order as in a
+    // full scan; the folders kept this way carry size 0 and no date.
+    void setSearchFilter(const NameFilter* filter) { m_searchFilter = filter; }
 
     // The root for `path` (as given) with its children read `depth` levels deep.
     DirNodePtr scan(const std::string& path, int64_t depth) const;
@@ -27,14 +45,14 @@ public:
 private:
     BrondelSettings m_settings;
     int m_threads = 2;
+    const NameFilter* m_searchFilter = nullptr;
 };
 
 // "PDF file" for report.pdf, "GZ file" for archive.tar.gz, "Document" without extension.
 std::string nodeExtKind(std::string_view name);
 
-// Appends every node of the tree (pre-order, root first) whose lower-cased name
-// contains `lowerQuery`.
-void filterWalk(const DirNodePtr& node, std::string_view lowerQuery, std::vector<DirNodePtr>& into);
+// Appends every node of the tree (pre-order, root first) whose name the filter matches.
+void filterWalk(const DirNodePtr& node, const NameFilter& filter, std::vector<DirNodePtr>& into);
 
 // Lower case for matching: full Unicode lower-casing of valid UTF-8; malformed bytes are
 // kept as they are (so a query holding the same bytes still matches).

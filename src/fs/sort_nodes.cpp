@@ -22,10 +22,54 @@ Key keyOf(const std::string& sortBy)
 
 struct Entry {
     DirNode* node;
-    std::string nameKey;
-    std::string kindKey;
     size_t index;
+    std::string nameKey; // sort keys, only when the folder needs them
+    std::string kindKey;
 };
+
+bool isAscii(const std::string& s)
+{
+    for (unsigned char c : s)
+        if (c >= 0x80)
+            return false;
+    return true;
+}
+
+// How a folder's texts are compared: the ASCII table when every text is ASCII, ICU's
+// own comparison for small folders, precomputed sort keys for large ones (a key costs
+// about six comparisons, so it only pays off when each name is compared many times).
+enum class Collate { AsciiTable, Direct, Keys, AsciiKeys };
+constexpr size_t kKeysFrom = 64;
+
+Collate collateFor(const std::vector<DirNodePtr>& nodes, const NameCollator& collator, std::string DirNode::*field)
+{
+    const bool large = nodes.size() >= kKeysFrom;
+    if (collator.hasAsciiFastPath()
+        && std::all_of(nodes.begin(), nodes.end(), [&](const DirNodePtr& n) { return isAscii((*n).*field); }))
+        return large ? Collate::AsciiKeys : Collate::AsciiTable;
+    return large ? Collate::Keys : Collate::Direct;
+}
+
+std::string keyFor(Collate how, const NameCollator& collator, const std::string& text)
+{
+    if (how == Collate::Keys)
+        return collator.sortKey(text);
+    if (how == Collate::AsciiKeys)
+        return collator.asciiKey(text);
+    return {};
+}
+
+int collate(Collate how, const NameCollator& collator, const std::string& a, const std::string& b,
+            const std::string& keyA, const std::string& keyB)
+{
+    switch (how) {
+    case Collate::AsciiTable: return collator.compareAscii(a, b);
+    case Collate::Direct: return collator.compare(a, b);
+    case Collate::Keys:
+    case Collate::AsciiKeys: return keyA.compare(keyB);
+    }
+    return 0;
+}
 
 template <typename T>
 int cmp(const T& a, const T& b)
@@ -49,16 +93,20 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
     const bool ascending = settings.ascending;
     const bool foldersFirst = settings.foldersFirst;
     const NameCollator& collator = NameCollator::forThread();
+    const Collate byName = collateFor(nodes, collator, &DirNode::name);
+    const Collate byKind = key == Key::Kind ? collateFor(nodes, collator, &DirNode::kind) : Collate::AsciiTable;
 
-    // Sort keys are computed once per node, so each comparison is a byte comparison.
     std::vector<Entry> entries(nodes.size());
     for (size_t i = 0; i < nodes.size(); ++i) {
         entries[i].node = nodes[i].get();
         entries[i].index = i;
-        entries[i].nameKey = collator.sortKey(nodes[i]->name);
+        entries[i].nameKey = keyFor(byName, collator, nodes[i]->name);
         if (key == Key::Kind)
-            entries[i].kindKey = collator.sortKey(nodes[i]->kind);
+            entries[i].kindKey = keyFor(byKind, collator, nodes[i]->kind);
     }
+    auto nameOrder = [&](const Entry& a, const Entry& b) {
+        return collate(byName, collator, a.node->name, b.node->name, a.nameKey, b.nameKey);
+    };
     constexpr int64_t kDistantPast = std::numeric_limits<int64_t>::min();
     auto before = [&](const Entry& a, const Entry& b) {
         if (foldersFirst && a.node->isDir != b.node->isDir)
@@ -72,14 +120,16 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
             c = cmp(a.node->size, b.node->size);
             break;
         case Key::Kind:
-            c = a.kindKey.compare(b.kindKey);
+            c = collate(byKind, collator, a.node->kind, b.node->kind, a.kindKey, b.kindKey);
             break;
         case Key::Name:
-            c = a.nameKey.compare(b.nameKey);
+            c = nameOrder(a, b);
+            if (c == 0)
+                return false; // equal names keep their order
             break;
         }
         if (c == 0) // ties read A to Z whatever the direction
-            return a.nameKey < b.nameKey;
+            return nameOrder(a, b) < 0;
         return ascending ? c < 0 : c > 0;
     };
     std::stable_sort(entries.begin(), entries.end(), before);

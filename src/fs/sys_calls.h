@@ -23,6 +23,7 @@ struct SysCalls {
     int (*stat)(const char* path, struct stat* st);
     int (*lstat)(const char* path, struct stat* st);
     int (*fstatat)(int dirfd, const char* path, struct stat* st, int flags);
+    int (*statx)(int dirfd, const char* path, int flags, unsigned mask, struct statx* st);
 };
 
 // The table in force (the real calls unless a test overrides them).

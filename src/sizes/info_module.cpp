@@ -15,8 +15,15 @@ std::optional<std::string> infoLine(const DirNode& node, const BrondelSettings& 
 {
     if (node.isSectionHeader)
         return std::nullopt;
+    return infoLine(node, InfoModules::enabled(settings));
+}
+
+std::optional<std::string> infoLine(const DirNode& node, const std::vector<const InfoModule*>& enabled)
+{
+    if (node.isSectionHeader)
+        return std::nullopt;
     std::optional<std::string> line;
-    for (const InfoModule* module : InfoModules::enabled(settings)) {
+    for (const InfoModule* module : enabled) {
         auto text = module->text(node);
         if (!text)
             continue;

@@ -39,3 +39,6 @@ struct InfoModules {
 // The info text beside a node: the enabled modules' texts joined with " · "; nothing for
 // a section header or when no module has anything to say.
 std::optional<std::string> infoLine(const DirNode& node, const BrondelSettings& settings);
+
+// The same with the enabled modules worked out once by the caller (a long listing).
+std::optional<std::string> infoLine(const DirNode& node, const std::vector<const InfoModule*>& enabled);

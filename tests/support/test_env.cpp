@@ -3,14 +3,29 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <ftw.h>
 #include <sstream>
 #include <sys/wait.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 std::string g_home;
+
+int removeEntry(const char* path, const struct stat*, int, struct FTW*)
+{
+    ::chmod(path, 0700); // folders a test made unreadable
+    return ::remove(path);
 }
+
+// The temporary home is the test's own scratch space: it goes when the process ends.
+void removeHome()
+{
+    if (!g_home.empty())
+        ::nftw(g_home.c_str(), removeEntry, 32, FTW_DEPTH | FTW_PHYS);
+}
+} // namespace
 
 void testIsolateEnvironment()
 {
@@ -23,6 +38,7 @@ void testIsolateEnvironment()
     if (!::mkdtemp(buf.data()))
         std::abort();
     g_home = buf.data();
+    std::atexit(removeHome);
     ::setenv("HOME", g_home.c_str(), 1);
     for (auto [var, sub] : {std::pair{"XDG_CONFIG_HOME", "/.config"}, {"XDG_DATA_HOME", "/.local/share"},
                             {"XDG_CACHE_HOME", "/.cache"}, {"XDG_STATE_HOME", "/.local/state"}}) {

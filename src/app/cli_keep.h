@@ -1,0 +1,13 @@
+#pragma once
+// Process-level knobs of a command-line run.
+
+#include "fs/dir_node.h"
+
+// A command-line process ends right after printing. Freeing a tree of a quarter of a
+// million nodes one by one would only delay that exit, so large results are handed
+// here and left for the operating system to reclaim.
+void cliKeepUntilExit(DirNodePtr tree);
+
+// BRONDEL_SCAN_THREADS=1 asks for the plain reference scan (one thread, a status query
+// for every entry); the benchmarks check that the fast scan prints the same.
+bool cliPlainScan();

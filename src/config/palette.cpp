@@ -1,0 +1,92 @@
+#include "config/palette.h"
+
+#include "config/config_file.h"
+#include "config/config_text.h"
+
+#include <algorithm>
+#include <unicode/utf8.h>
+
+const std::string_view kPaletteDefaultText =
+    "# Brondel section colors: Name = hue (0 red \u2026 0.33 green \u2026 0.58 blue \u2026 0.75 purple \u2026 1 red)\n"
+    "Blue = 0.58\n"
+    "Orange = 0.08\n"
+    "Green = 0.33\n"
+    "Purple = 0.75\n"
+    "Pink = 0.93\n"
+    "Teal = 0.5\n"
+    "Yellow = 0.14\n"
+    "Red = 0.0\n";
+
+Palette paletteParse(std::string_view text)
+{
+    Palette palette;
+    for (std::string_view raw : configSplitLines(text)) {
+        std::string_view line = configTrim(raw);
+        size_t eq = line.find('=');
+        if (line.starts_with('#') || eq == std::string_view::npos)
+            continue;
+        if (auto hue = configParseDouble(configTrim(line.substr(eq + 1))))
+            palette.push_back({std::string(configTrim(line.substr(0, eq))), *hue});
+    }
+    return palette;
+}
+
+Palette pinnedPalette()
+{
+    const std::string path = palettePath();
+    if (!configExists(path))
+        configWrite(path, kPaletteDefaultText);
+    Palette palette;
+    if (auto text = configRead(path))
+        palette = paletteParse(*text);
+    if (palette.empty())
+        palette.push_back({"Blue", 0.58});
+    return palette;
+}
+
+uint32_t paletteTitleHash(std::string_view title)
+{
+    uint32_t hash = 2166136261u;
+    int32_t i = 0, length = int32_t(title.size());
+    while (i < length) {
+        UChar32 c;
+        U8_NEXT(title.data(), i, length, c);
+        if (c < 0)
+            c = 0xFFFD;
+        hash ^= uint32_t(c);
+        hash *= 16777619u;
+    }
+    return hash;
+}
+
+double paletteHueForTitle(std::string_view title, const Palette& palette)
+{
+    return palette[paletteTitleHash(title) % palette.size()].hue;
+}
+
+std::map<std::string, double> pinnedAssignHues(const std::vector<PinnedSec>& secs, const Palette& palette)
+{
+    std::vector<double> used;
+    for (const PinnedSec& sec : secs)
+        if (sec.color)
+            used.push_back(*sec.color);
+    std::map<std::string, double> hues;
+    for (const PinnedSec& sec : secs) {
+        if (hues.contains(sec.title))
+            continue;
+        if (sec.color) {
+            hues[sec.title] = *sec.color;
+            continue;
+        }
+        auto free = std::find_if(palette.begin(), palette.end(), [&](const PaletteEntry& entry) {
+            return std::find(used.begin(), used.end(), entry.hue) == used.end();
+        });
+        if (free != palette.end()) {
+            hues[sec.title] = free->hue;
+            used.push_back(free->hue);
+        } else {
+            hues[sec.title] = paletteHueForTitle(sec.title, palette);
+        }
+    }
+    return hues;
+}

@@ -1,0 +1,229 @@
+#include "config/pinned_file.h"
+
+#include "config/config_edit.h"
+#include "config/config_file.h"
+#include "config/config_paths.h"
+#include "config/config_text.h"
+
+#include <algorithm>
+
+namespace {
+
+bool isLineBreak(char c) { return c == '\n' || c == '\r'; }
+
+// The header as kept: the text before the first section line, without line breaks at
+// either end, plus one.
+std::string headerText(std::string_view text)
+{
+    while (!text.empty() && isLineBreak(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isLineBreak(text.back()))
+        text.remove_suffix(1);
+    return std::string(text) + "\n";
+}
+
+void readSectionLine(PinnedSec& sec, std::string_view line)
+{
+    if (line.starts_with("title")) {
+        auto strings = configQuotedStrings(line);
+        if (!strings.empty())
+            sec.title = strings.front();
+    } else if (line.starts_with("color")) {
+        size_t eq = line.find('=');
+        sec.color = eq == std::string_view::npos ? std::nullopt : configParseDouble(configTrim(line.substr(eq + 1)));
+    } else if (!line.starts_with('#')) {
+        for (std::string& path : configQuotedStrings(line))
+            sec.paths.push_back(std::move(path));
+    }
+}
+
+// The index of the first section titled `title`.
+std::optional<size_t> findSection(const std::vector<PinnedSec>& secs, const std::string& title)
+{
+    for (size_t i = 0; i < secs.size(); ++i)
+        if (secs[i].title == title)
+            return i;
+    return std::nullopt;
+}
+
+struct Place {
+    size_t section;
+    size_t index;
+};
+
+// Where `path` is first pinned, comparing after tilde expansion.
+std::optional<Place> findPath(const std::vector<PinnedSec>& secs, const std::string& path)
+{
+    for (size_t s = 0; s < secs.size(); ++s)
+        for (size_t i = 0; i < secs[s].paths.size(); ++i)
+            if (configSamePath(secs[s].paths[i], path))
+                return Place{s, i};
+    return std::nullopt;
+}
+
+// Read, change, write when `change` says it changed something.
+template <typename Change>
+bool edit(Change change)
+{
+    PinnedFile file = pinnedRead();
+    if (!change(file.secs))
+        return false;
+    pinnedWrite(file.header, file.secs);
+    return true;
+}
+
+} // namespace
+
+PinnedFile pinnedParse(std::string_view text)
+{
+    PinnedFile file;
+    size_t headerEnd = text.size();
+    PinnedSec* current = nullptr;
+    for (std::string_view raw : configSplitLines(text)) {
+        std::string_view line = configTrim(raw);
+        if (line == "[[section]]") {
+            if (!current)
+                headerEnd = size_t(raw.data() - text.data());
+            current = &file.secs.emplace_back();
+        } else if (current) {
+            readSectionLine(*current, line);
+        }
+    }
+    file.header = headerText(text.substr(0, headerEnd));
+    return file;
+}
+
+std::string pinnedFormat(const std::string& header, const std::vector<PinnedSec>& secs)
+{
+    std::string out = header;
+    for (const PinnedSec& sec : secs) {
+        out += "\n[[section]]\ntitle = \"" + sec.title + "\"\n";
+        if (sec.color)
+            out += "color = " + configFormatDouble(*sec.color) + "\n";
+        out += "paths = [\n";
+        for (const std::string& path : sec.paths)
+            out += "  \"" + path + "\",\n";
+        out += "]\n";
+    }
+    return out;
+}
+
+PinnedFile pinnedRead()
+{
+    auto text = configRead(pinnedFilePath(), ConfigBytes::Any);
+    if (!text)
+        return PinnedFile{std::string(kPinnedDefaultHeader), {}};
+    return pinnedParse(*text);
+}
+
+bool pinnedWrite(const std::string& header, const std::vector<PinnedSec>& secs)
+{
+    return configWrite(pinnedFilePath(), pinnedFormat(header, secs));
+}
+
+bool pinnedAdd(const std::string& path, const std::string& section)
+{
+    return edit([&](std::vector<PinnedSec>& secs) {
+        if (findPath(secs, path))
+            return false;
+        std::string stored = configAbbreviateHome(path);
+        if (auto i = findSection(secs, section))
+            secs[*i].paths.push_back(stored);
+        else
+            secs.push_back(PinnedSec{section, {stored}, std::nullopt});
+        return true;
+    });
+}
+
+bool pinnedRemove(const std::string& path)
+{
+    return edit([&](std::vector<PinnedSec>& secs) {
+        bool removed = false;
+        for (PinnedSec& sec : secs)
+            removed |= std::erase_if(sec.paths, [&](const std::string& p) { return configSamePath(p, path); }) > 0;
+        return removed;
+    });
+}
+
+void pinnedShift(const std::string& path, int64_t by)
+{
+    edit([&](std::vector<PinnedSec>& secs) {
+        auto place = findPath(secs, path);
+        return place && configSwapBy(secs[place->section].paths, place->index, by);
+    });
+}
+
+std::optional<std::string> pinnedSectionOf(const std::string& path)
+{
+    PinnedFile file = pinnedRead();
+    if (auto place = findPath(file.secs, path))
+        return file.secs[place->section].title;
+    return std::nullopt;
+}
+
+std::vector<std::string> pinnedSectionTitles()
+{
+    std::vector<std::string> titles;
+    for (const PinnedSec& sec : pinnedRead().secs)
+        if (!sec.title.empty())
+            titles.push_back(sec.title);
+    if (std::find(titles.begin(), titles.end(), "Favorites") == titles.end())
+        titles.insert(titles.begin(), "Favorites");
+    return titles;
+}
+
+bool pinnedAddSection(const std::string& title)
+{
+    return edit([&](std::vector<PinnedSec>& secs) {
+        if (findSection(secs, title))
+            return false;
+        secs.push_back(PinnedSec{title, {}, std::nullopt});
+        return true;
+    });
+}
+
+void pinnedRenameSection(const std::string& from, const std::string& to)
+{
+    edit([&](std::vector<PinnedSec>& secs) {
+        auto i = findSection(secs, from);
+        if (!i || to.empty())
+            return false;
+        for (size_t j = 0; j < secs.size(); ++j) {
+            if (j == *i || secs[j].title != to)
+                continue;
+            secs[j].paths.insert(secs[j].paths.end(), secs[*i].paths.begin(), secs[*i].paths.end());
+            secs.erase(secs.begin() + std::ptrdiff_t(*i));
+            return true;
+        }
+        secs[*i].title = to;
+        return true;
+    });
+}
+
+void pinnedShiftSection(const std::string& title, int64_t by)
+{
+    edit([&](std::vector<PinnedSec>& secs) {
+        auto i = findSection(secs, title);
+        return i && configSwapBy(secs, *i, by);
+    });
+}
+
+bool pinnedRemoveSection(const std::string& title)
+{
+    return edit([&](std::vector<PinnedSec>& secs) {
+        auto i = findSection(secs, title);
+        if (i)
+            secs.erase(secs.begin() + std::ptrdiff_t(*i));
+        return i.has_value();
+    });
+}
+
+void pinnedSetColor(const std::string& title, std::optional<double> hue)
+{
+    edit([&](std::vector<PinnedSec>& secs) {
+        auto i = findSection(secs, title);
+        if (i)
+            secs[*i].color = hue;
+        return i.has_value();
+    });
+}

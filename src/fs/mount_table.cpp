@@ -1,0 +1,87 @@
+#include "fs/mount_table.h"
+
+#include "fs/text_lines.h"
+
+namespace {
+
+bool isOctal(char c) { return c >= '0' && c <= '7'; }
+
+// The kernel writes space, tab, newline and backslash in a field as "\ooo".
+std::string unescape(std::string_view field)
+{
+    std::string out;
+    out.reserve(field.size());
+    for (size_t i = 0; i < field.size(); ++i) {
+        if (field[i] == '\\' && i + 3 < field.size() && isOctal(field[i + 1]) && isOctal(field[i + 2])
+            && isOctal(field[i + 3])) {
+            int value = (field[i + 1] - '0') * 64 + (field[i + 2] - '0') * 8 + (field[i + 3] - '0');
+            if (value <= 0xff) {
+                out.push_back(char(value));
+                i += 3;
+                continue;
+            }
+        }
+        out.push_back(field[i]);
+    }
+    return out;
+}
+
+std::vector<std::string_view> splitFields(std::string_view line)
+{
+    std::vector<std::string_view> fields;
+    size_t i = 0;
+    while (i < line.size()) {
+        while (i < line.size() && (line[i] == ' ' || line[i] == '\t' || line[i] == '\r'))
+            ++i;
+        size_t start = i;
+        while (i < line.size() && line[i] != ' ' && line[i] != '\t' && line[i] != '\r')
+            ++i;
+        if (i > start)
+            fields.push_back(line.substr(start, i - start));
+    }
+    return fields;
+}
+
+bool allDigits(std::string_view s)
+{
+    if (s.empty())
+        return false;
+    for (char c : s)
+        if (c < '0' || c > '9')
+            return false;
+    return true;
+}
+
+std::optional<MountRecord> parseLine(std::string_view line)
+{
+    // 0 id, 1 parent id, 2 major:minor, 3 root, 4 mount point, 5 options, then optional
+    // fields ("shared:1", "master:2", ...) up to a lone "-", then type, source, super options.
+    const std::vector<std::string_view> fields = splitFields(line);
+    if (fields.size() < 9 || !allDigits(fields[0]) || !allDigits(fields[1])
+        || fields[2].find(':') == std::string_view::npos)
+        return std::nullopt;
+    size_t separator = 6;
+    while (separator < fields.size() && fields[separator] != "-")
+        ++separator;
+    if (separator + 2 >= fields.size())
+        return std::nullopt;
+    MountRecord record;
+    record.mountPoint = unescape(fields[4]);
+    if (record.mountPoint.empty() || record.mountPoint[0] != '/')
+        return std::nullopt;
+    record.options = unescape(fields[5]);
+    record.fsType = unescape(fields[separator + 1]);
+    record.source = unescape(fields[separator + 2]);
+    return record;
+}
+
+} // namespace
+
+std::vector<MountRecord> mountTableParse(std::string_view text)
+{
+    std::vector<MountRecord> records;
+    for (std::string_view line : textSplitLines(text))
+        if (auto record = parseLine(line))
+            records.push_back(std::move(*record));
+    return records;
+}

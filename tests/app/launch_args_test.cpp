@@ -1,0 +1,60 @@
+#include "app/launch_args.h"
+#include "support/temp_tree.h"
+#include "support/test_env.h"
+
+#include <gtest/gtest.h>
+
+TEST(LaunchArgs, StrippingAndViewMode)
+{
+    struct Case {
+        Args full; // as the process gets them, program path first
+        Args expected;
+        ViewMode mode;
+    } cases[] = {
+        {{"brondel"}, {}, ViewMode::List},
+        {{"brondel", "--view", "3", "~/Documents"}, {"~/Documents"}, ViewMode::Column},
+        {{"brondel", "/a", "--view"}, {"/a"}, ViewMode::List},
+        {{"brondel", "--view", "x", "/tmp"}, {"/tmp"}, ViewMode::List},
+        {{"brondel", "--view", "-1"}, {}, ViewMode::List},
+        {{"brondel", "--view", "7"}, {}, ViewMode::List},
+        {{"brondel", "--view", "+4"}, {}, ViewMode::Peek},
+        {{"brondel", "--view", "1"}, {}, ViewMode::Icon},
+        {{"brondel", "--view", "0"}, {}, ViewMode::List},
+        {{"brondel", "--view", "99999999999999999999"}, {}, ViewMode::List},
+        {{"brondel", "--view", "--view", "/a"}, {"/a"}, ViewMode::List},
+        {{"brondel", "--view=2", "/a"}, {"--view=2", "/a"}, ViewMode::List},
+        {{"brondel", "--view", "2", "list"}, {"list"}, ViewMode::List},
+        {{"brondel", "-psn_0_12345", "/a", "-psn_x"}, {"/a"}, ViewMode::List},
+        {{"brondel", "--slow"}, {"--slow"}, ViewMode::List},
+    };
+    for (const auto& c : cases) {
+        std::vector<char*> argv;
+        for (const auto& a : c.full)
+            argv.push_back(const_cast<char*>(a.c_str()));
+        EXPECT_EQ(launchArguments(int(argv.size()), argv.data()), c.expected) << c.full.size();
+        EXPECT_EQ(launchViewMode(c.full), c.mode) << (c.full.size() > 2 ? c.full[2] : "");
+    }
+}
+
+TEST(LaunchArgs, PathsBecomeFolders)
+{
+    TempTree tree;
+    tree.file("dir/a.txt");
+    tree.symlink("dir/link-to-file", "a.txt");
+    const std::string cwd = tree.root();
+    struct Case {
+        std::string arg, expected;
+    } cases[] = {
+        {"dir", cwd + "/dir"},
+        {"dir/a.txt", cwd + "/dir"},
+        {"dir/link-to-file", cwd + "/dir"},
+        {"./dir/../dir/./", cwd + "/dir"},
+        {"missing/x", cwd + "/missing/x"},
+        {"/", "/"},
+        {"/..", "/"},
+        {"~", testHome()},
+        {"~/x", testHome() + "/x"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(launchExpandPath(c.arg, cwd), c.expected) << c.arg;
+}
