@@ -1,6 +1,6 @@
 #include "sizes/folder_sizes.h"
 
-#include "sizes/folder_size_lane.h"
+#include "fs/volume_list.h"
 #include "sizes/folder_size_walk.h"
 #include "sizes/info_notifier.h"
 
@@ -13,13 +13,13 @@ constexpr int kPoolThreads = 8;
 
 FolderSizes::FolderSizes()
     : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths, folderSizeWalkThreads()); },
-                  folderSizeMountPoints)
+                  volumeContaining)
 {
 }
 
-FolderSizes::FolderSizes(Walker walker, MountPoints mountPoints)
+FolderSizes::FolderSizes(Walker walker, VolumeOf volumeOf)
     : m_walker(std::move(walker))
-    , m_mountPoints(std::move(mountPoints))
+    , m_volumeOf(std::move(volumeOf))
     , m_pool(kPoolThreads)
 {
 }
@@ -92,7 +92,7 @@ void FolderSizes::measure(const std::vector<std::string>& paths)
 
 std::string FolderSizes::lane(const std::string& path) const
 {
-    return folderSizeLane(pathResolveLinks(path), m_mountPoints());
+    return m_volumeOf(path).value_or("/");
 }
 
 void FolderSizes::forget(const std::string& under)

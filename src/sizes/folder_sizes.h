@@ -28,13 +28,14 @@ class FolderSizes {
 public:
     // Measures folders, one total per path in order (folderSizeWalkAll in production).
     using Walker = std::function<std::vector<int64_t>(const std::vector<std::string>& paths)>;
-    // The mount points that name lanes (folderSizeMountPoints in production).
-    using MountPoints = std::function<std::vector<std::string>()>;
+    // The mount point of the volume holding a path, if any (volumeContaining in
+    // production); everything else shares the lane "/".
+    using VolumeOf = std::function<std::optional<std::string>(const std::string& path)>;
 
     static constexpr int64_t kWalksPerLane = 2;
 
     FolderSizes();
-    FolderSizes(Walker walker, MountPoints mountPoints);
+    FolderSizes(Walker walker, VolumeOf volumeOf);
     ~FolderSizes(); // lets queued and running walks finish
 
     FolderSizes(const FolderSizes&) = delete;
@@ -76,7 +77,7 @@ private:
     void walkJob(const std::string& path, const std::string& lane);
 
     const Walker m_walker;
-    const MountPoints m_mountPoints;
+    const VolumeOf m_volumeOf;
     std::atomic<SizeMode> m_mode{SizeMode::Background};
 
     std::mutex m_lock; // guards everything below but the pool

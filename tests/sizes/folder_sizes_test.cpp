@@ -1,8 +1,8 @@
 #include "sizes/drive_children.h"
-#include "sizes/folder_size_lane.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 
+#include "fs/volume_list.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -116,7 +116,10 @@ private:
     std::map<std::string, int> m_running, m_maxRunning;
 };
 
-std::vector<std::string> volumes() { return {"/vol/a", "/vol/b"}; }
+std::optional<std::string> volumes(const std::string& path)
+{
+    return volumeContainingIn(path, {"/vol/a", "/vol/b"});
+}
 
 // Asks until the walk's result is stored (a finished walk stores it a moment later).
 int64_t sizeOnceKnown(FolderSizes& sizes, const std::string& path)
@@ -221,24 +224,13 @@ TEST(FolderSizes, SynchronousModeAlwaysAnswers)
     EXPECT_EQ(sizes.size(t.root()), 1520);
 }
 
-TEST(FolderSizes, LaneIsTheLongestMountPointHoldingTheResolvedPath)
+TEST(FolderSizes, LaneIsTheVolumeHoldingThePathOrTheSystemVolume)
 {
-    const std::vector<std::string> mounts = {"/media/u/Disk", "/mnt", "/mnt/a/b"};
-    const std::pair<const char*, const char*> cases[] = {
-        {"/media/u/Disk/Photos", "/media/u/Disk"}, {"/media/u/Disk", "/media/u/Disk"}, {"/media/u/Disk2", "/"},
-        {"/mnt/a/b/c", "/mnt/a/b"},                {"/mnt/a", "/mnt"},                   {"/home/x", "/"},
-    };
-    for (const auto& [path, lane] : cases)
-        EXPECT_EQ(folderSizeLane(path, mounts), lane) << path;
-
+    FolderSizes sizes([](const auto& p) { return std::vector<int64_t>(p.size()); }, volumes);
+    EXPECT_EQ(sizes.lane("/vol/b/deep/er"), "/vol/b");
+    EXPECT_EQ(sizes.lane("/vol/c"), "/");
     TempTree t;
-    const std::string volume = t.dir("vol/sub");
-    t.symlink("link", t.path("vol"));
-    FolderSizes sizes([](const auto& p) { return std::vector<int64_t>(p.size()); },
-                      [&] { return std::vector<std::string>{pathResolveLinks(t.path("vol"))}; });
-    EXPECT_EQ(sizes.lane(t.path("link/sub")), pathResolveLinks(t.path("vol")));
-    EXPECT_EQ(sizes.lane(t.path("link/missing/deeper")), pathResolveLinks(t.path("vol")));
-    EXPECT_EQ(sizes.lane(t.root()), "/");
+    EXPECT_EQ(FolderSizes().lane(t.root()), "/"); // the test home is on no removable drive
 }
 
 TEST(InfoNotifier, ABurstOfPostsGivesOneSignalOnTheMainThread)
