@@ -13,7 +13,7 @@ int main(int argc, char** argv)
         std::fputs("usage: size_walk PATH [THREADS]\n", stdout);
         return 2;
     }
-    const int threads = argc > 2 ? std::atoi(argv[2]) : folderSizeWalkThreads();
+    const int threads = argc > 2 ? std::atoi(argv[2]) : kFolderSizeWalkAuto;
     std::printf("%lld\n", static_cast<long long>(folderSizeWalk(argv[1], threads)));
     return 0;
 }

@@ -1,7 +1,9 @@
 #include "sizes/folder_size_walk.h"
 
+#include "fs/file_io.h"
 #include "fs/sys_calls.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <condition_variable>
@@ -10,6 +12,7 @@
 #include <dirent.h>
 #include <memory>
 #include <mutex>
+#include <sched.h>
 #include <system_error>
 #include <thread>
 
@@ -93,13 +96,31 @@ bool isDotOrDotDot(const char* name)
 
 constexpr size_t kDirentBuffer = 64 * 1024;
 
+// Whether a second thread would find a core: at most one other task is runnable now
+// (the kernel's instantaneous count in /proc/loadavg includes the caller).
+bool coreToSpare()
+{
+    cpu_set_t set;
+    const int cores = ::sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+    if (cores < 2)
+        return false;
+    const auto text = fileReadAll("/proc/loadavg"); // "0.52 0.58 0.59 2/467 12345"
+    if (!text)
+        return true;
+    size_t field = 0;
+    for (int spaces = 0; field < text->size() && spaces < 3; ++field)
+        spaces += (*text)[field] == ' ';
+    return std::atoi(text->c_str() + field) <= cores;
+}
+
 // One measurement: a stack of folders shared by up to `threads` threads, depth first
 // so that few descriptors are open at a time.
 class SizeWalk {
 public:
     SizeWalk(const std::vector<std::string>& paths, int threads)
         : m_paths(paths)
-        , m_threads(threads < 1 ? 1 : threads)
+        , m_threads(threads == kFolderSizeWalkAuto ? 2 : std::max(threads, 1))
+        , m_askForCore(threads == kFolderSizeWalkAuto)
         , m_totals(std::make_unique<std::atomic<int64_t>[]>(paths.size()))
         , m_devs(paths.size())
     {
@@ -170,6 +191,13 @@ private:
 
     void startHelper()
     {
+        if (m_askForCore) {
+            m_askForCore = false;
+            if (!coreToSpare()) {
+                m_threads = 1;
+                return;
+            }
+        }
         try {
             m_helpers.emplace_back([this] { work(); });
         } catch (const std::system_error&) {
@@ -217,7 +245,8 @@ private:
     }
 
     const std::vector<std::string>& m_paths;
-    int m_threads; // lowered when the system refuses a thread
+    int m_threads;     // lowered when no core is idle or the system refuses a thread
+    bool m_askForCore; // whether to check for an idle core before starting the helper
     std::unique_ptr<std::atomic<int64_t>[]> m_totals;
     std::vector<dev_t> m_devs; // written before any thread starts
 
@@ -238,13 +267,4 @@ std::vector<int64_t> folderSizeWalkAll(const std::vector<std::string>& paths, in
 int64_t folderSizeWalk(const std::string& path, int threads)
 {
     return folderSizeWalkAll({path}, threads).front();
-}
-
-int folderSizeWalkThreads()
-{
-    double load = 0;
-    const unsigned cores = std::thread::hardware_concurrency();
-    if (cores < 2 || ::getloadavg(&load, 1) != 1)
-        return cores < 2 ? 1 : 2;
-    return load < double(cores) - 0.5 ? 2 : 1;
 }

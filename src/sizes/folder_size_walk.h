@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-// One root. `threads` is the most threads the walk may use (the caller's included);
-// a second one only starts once there are folders left over for it.
+// `threads` for the walks below: up to two threads, the second only if a core is idle
+// when the walk has folders to spare for it. The kernel work per entry is the same
+// either way, so on a saturated machine a second thread would only add its overhead.
+constexpr int kFolderSizeWalkAuto = 0;
+
+// One root. `threads` is the most threads the walk may use (the caller's included), or
+// kFolderSizeWalkAuto; a second one only starts once there are folders left over for it.
 int64_t folderSizeWalk(const std::string& path, int threads);
 
 // Several roots measured together, each with its own total (in the order given): the
 // threads share the folders of all roots, so one large root does not leave the other
 // thread idle.
 std::vector<int64_t> folderSizeWalkAll(const std::vector<std::string>& paths, int threads);
-
-// How many threads a walk should use now: two when a core is idle, else one. The kernel
-// work per entry is the same either way, so on a saturated machine a second thread
-// only adds its own overhead.
-int folderSizeWalkThreads();

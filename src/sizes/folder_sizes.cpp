@@ -12,7 +12,7 @@ constexpr int kPoolThreads = 8;
 } // namespace
 
 FolderSizes::FolderSizes()
-    : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths, folderSizeWalkThreads()); },
+    : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths, kFolderSizeWalkAuto); },
                   volumeContaining)
 {
 }
