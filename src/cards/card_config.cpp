@@ -48,16 +48,8 @@ CardConfig CardConfig::defaults(std::string_view family)
 
 std::string cardConfigPath(const std::string& key)
 {
-    // The cards live beside the settings file, so BRONDEL_SETTINGS moves them too.
-    const std::string file = "/" + key + ".toml";
-    if (std::getenv("BRONDEL_SETTINGS")) {
-        const std::string settings = settingsPath();
-        if (settings.empty())
-            return ""; // no place for the settings, none for the cards either
-        const std::string dir = pathParent(settings);
-        return (dir.empty() ? std::string("cards") : dir + "/cards") + file;
-    }
-    return cardsDir() + file;
+    const std::string dir = cardsDir();
+    return dir.empty() ? std::string() : dir + "/" + key + ".toml";
 }
 
 bool cardConfigSet(CardConfig& config, std::string_view field, std::string_view value)

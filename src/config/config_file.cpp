@@ -23,7 +23,18 @@ std::string sidebarFilePath() { return configPath("BRONDEL_SIDEBAR", "/.brondel/
 std::string palettePath() { return configPath("BRONDEL_PALETTE", "/.brondel/palette.toml"); }
 std::string recentsPath() { return configPath(nullptr, "/.brondel/recents.txt"); }
 std::string peekOrderPath() { return configPath(nullptr, "/.brondel/peek-order.toml"); }
-std::string cardsDir() { return configPath(nullptr, "/.brondel/cards"); }
+std::string cardsDir()
+{
+    // The cards live beside the settings file, so BRONDEL_SETTINGS moves them too; with
+    // no place for the settings there is none for the cards either.
+    if (!std::getenv("BRONDEL_SETTINGS"))
+        return homeDir() + "/.brondel/cards";
+    const std::string settings = settingsPath();
+    if (settings.empty())
+        return "";
+    const std::string dir = pathParent(settings);
+    return dir.empty() ? std::string("cards") : dir + "/cards";
+}
 
 std::optional<std::string> configRead(const std::string& path, ConfigBytes bytes)
 {

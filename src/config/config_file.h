@@ -20,7 +20,7 @@ std::string sidebarFilePath(); // BRONDEL_SIDEBAR or ~/.brondel/sidebar.toml
 std::string palettePath();     // BRONDEL_PALETTE or ~/.brondel/palette.toml
 std::string recentsPath();     // ~/.brondel/recents.txt
 std::string peekOrderPath();   // ~/.brondel/peek-order.toml
-std::string cardsDir();        // ~/.brondel/cards
+std::string cardsDir();        // "cards" beside the settings file ("" when that path is empty)
 
 // Files that hold folder paths (favourites, sidebar, recent folders) must read back any
 // name the file system gives, and Linux names are bytes: for them a non-UTF-8 byte is

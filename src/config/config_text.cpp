@@ -1,6 +1,7 @@
 #include "config/config_text.h"
 
 #include "fs/text_lines.h"
+#include "fs/utf8.h"
 
 #include <charconv>
 #include <cmath>
@@ -166,39 +167,5 @@ std::string configFormatDouble(double value)
 
 bool configIsUtf8(std::string_view bytes)
 {
-    const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
-    size_t n = bytes.size(), i = 0;
-    while (i < n) {
-        unsigned char c = s[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        size_t len;
-        uint32_t cp;
-        if ((c & 0xE0) == 0xC0) {
-            len = 2;
-            cp = c & 0x1F;
-        } else if ((c & 0xF0) == 0xE0) {
-            len = 3;
-            cp = c & 0x0F;
-        } else if ((c & 0xF8) == 0xF0) {
-            len = 4;
-            cp = c & 0x07;
-        } else {
-            return false;
-        }
-        if (i + len > n)
-            return false;
-        for (size_t k = 1; k < len; ++k) {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return false;
-            cp = (cp << 6) | (s[i + k] & 0x3F);
-        }
-        if ((len == 2 && cp < 0x80) || (len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000)
-            || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            return false;
-        i += len;
-    }
-    return true;
+    return utf8Valid(bytes);
 }

@@ -1,6 +1,7 @@
 #include "fs/fmt.h"
 
 #include "fs/collation.h"
+#include "fs/utf8.h"
 
 #include <unicode/udat.h>
 #include <unicode/ustring.h>
@@ -71,35 +72,15 @@ std::string dateFmt(int64_t seconds)
 size_t fmtDisplayLength(std::string_view text)
 {
     size_t units = 0;
-    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-    size_t n = text.size(), i = 0;
-    while (i < n) {
-        unsigned char c = s[i];
-        if (c < 0x80) {
-            ++units;
-            ++i;
-            continue;
-        }
-        size_t len = (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
-        bool ok = len != 0 && i + len <= n;
-        for (size_t k = 1; ok && k < len; ++k)
-            ok = (s[i + k] & 0xC0) == 0x80;
-        if (ok && len == 2 && c < 0xC2)
-            ok = false; // overlong
-        if (ok && len == 3) {
-            unsigned cp = ((c & 0x0F) << 12) | ((s[i + 1] & 0x3F) << 6) | (s[i + 2] & 0x3F);
-            ok = cp >= 0x800 && (cp < 0xD800 || cp > 0xDFFF);
-        }
-        if (ok && len == 4) {
-            unsigned cp = ((c & 0x07) << 18) | ((s[i + 1] & 0x3F) << 12) | ((s[i + 2] & 0x3F) << 6) | (s[i + 3] & 0x3F);
-            ok = cp >= 0x10000 && cp <= 0x10FFFF;
-        }
-        if (!ok) {
+    uint32_t cp;
+    for (size_t i = 0; i < text.size();) {
+        size_t len = utf8Decode(text, i, cp);
+        if (len == 0) {
             ++units; // one replacement character for the offending byte
             ++i;
             continue;
         }
-        units += len == 4 ? 2 : 1;
+        units += cp >= 0x10000 ? 2 : 1;
         i += len;
     }
     return units;

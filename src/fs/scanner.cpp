@@ -3,6 +3,7 @@
 #include "fs/file_io.h"
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
+#include "fs/utf8.h"
 
 #include <unicode/ustring.h>
 
@@ -31,14 +32,6 @@ std::string asciiUpper(std::string_view s)
         if (c >= 'a' && c <= 'z')
             c = char(c - 'a' + 'A');
     return out;
-}
-
-bool validUtf8(std::string_view s)
-{
-    int32_t len = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(nullptr, 0, &len, s.data(), int32_t(s.size()), &status);
-    return status != U_INVALID_CHAR_FOUND && status != U_ILLEGAL_CHAR_FOUND;
 }
 
 // Full Unicode case mapping (root locale) of valid UTF-8. Names are short: the work is
@@ -307,13 +300,13 @@ std::string nodeExtKind(std::string_view name)
     if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size())
         return "Document";
     std::string_view ext = name.substr(dot + 1);
-    std::string upper = isAscii(ext) ? asciiUpper(ext) : validUtf8(ext) ? icuCase(ext, true) : asciiUpper(ext);
+    std::string upper = isAscii(ext) ? asciiUpper(ext) : utf8Valid(ext) ? icuCase(ext, true) : asciiUpper(ext);
     return upper + " file";
 }
 
 std::string filterLower(std::string_view text)
 {
-    if (isAscii(text) || !validUtf8(text)) {
+    if (isAscii(text) || !utf8Valid(text)) {
         std::string out(text);
         for (char& c : out)
             if (c >= 'A' && c <= 'Z')

@@ -1,0 +1,80 @@
+#include "views/list_size_cell.h"
+
+#include "sizes/info_module.h"
+#include "views/node_tree_model.h"
+
+#include <QApplication>
+#include <QPainter>
+
+SizeCellContent listSizeCellFill(const DirNode& node, const BrondelSettings& settings)
+{
+    SizeCellContent cell;
+    if (node.isSectionHeader)
+        return cell;
+    auto modules = InfoModules::enabled(settings);
+    for (const InfoModule* module : modules) {
+        auto fraction = module->fraction(node);
+        if (!fraction)
+            continue;
+        cell.fraction = *fraction;
+        for (const InfoModule* other : modules) {
+            if (auto pair = other->pair(node)) {
+                cell.text = QString::fromStdString(pair->first);
+                cell.free = QString::fromStdString(pair->second);
+                break;
+            }
+        }
+        return cell;
+    }
+    if (auto line = infoLine(node, settings))
+        cell.text = QString::fromStdString(*line);
+    return cell;
+}
+
+ListSizeCell::ListSizeCell(const NodeTreeModel& model, const BrondelSettings& settings, QObject* parent)
+    : QStyledItemDelegate(parent)
+    , m_model(model)
+    , m_settings(settings)
+{
+}
+
+void ListSizeCell::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    DirNodePtr node = m_model.nodeAt(index);
+    if (!node) {
+        QStyledItemDelegate::paint(painter, option, index);
+        return;
+    }
+    SizeCellContent cell = listSizeCellFill(*node, m_settings);
+    if (!cell.fraction) {
+        QStyledItemDelegate::paint(painter, option, index);
+        return;
+    }
+    // Background and selection as the other cells draw them, then bar and two texts.
+    QStyleOptionViewItem base = option;
+    initStyleOption(&base, index);
+    base.text.clear();
+    QApplication::style()->drawControl(QStyle::CE_ItemViewItem, &base, painter, base.widget);
+
+    painter->save();
+    const QRect r = option.rect.adjusted(4, 0, -4, 0);
+    const int barWidth = std::max(24, r.width() / 3);
+    QRectF bar(r.left(), r.center().y() - 3, barWidth, 6);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(option.palette.color(QPalette::Midlight));
+    painter->drawRoundedRect(bar, 3, 3);
+    QRectF used = bar;
+    used.setWidth(bar.width() * std::clamp(*cell.fraction, 0.0, 1.0));
+    painter->setBrush(*cell.fraction > 0.9 ? QColor(220, 80, 60) : option.palette.color(QPalette::Highlight));
+    painter->drawRoundedRect(used, 3, 3);
+    const bool selected = option.state & QStyle::State_Selected;
+    painter->setPen(option.palette.color(selected ? QPalette::HighlightedText : QPalette::Text));
+    QRect textRect = r.adjusted(barWidth + 6, 0, 0, 0);
+    painter->drawText(textRect, Qt::AlignVCenter | Qt::AlignLeft,
+        option.fontMetrics.elidedText(cell.text, Qt::ElideRight, textRect.width() / 2));
+    painter->setPen(option.palette.color(QPalette::Disabled, QPalette::Text));
+    painter->drawText(textRect, Qt::AlignVCenter | Qt::AlignRight,
+        option.fontMetrics.elidedText(cell.free, Qt::ElideRight, textRect.width() / 2));
+    painter->restore();
+}

@@ -1,0 +1,28 @@
+#pragma once
+// The list mode's outline view: group rows for the favourites sections, a usage-bar size
+// column, and size texts refreshed for the visible rows when sizes arrive.
+
+#include "views/content_view.h"
+#include "views/list_source.h"
+
+#include <QTreeView>
+
+class BrondelOutlineView : public QTreeView {
+    Q_OBJECT
+public:
+    BrondelOutlineView(ListSource* source, const BrowserContext& context, ContentHooks hooks, QWidget* parent = nullptr);
+
+    ListSource* source() const { return m_source; }
+
+    // Reloads the size cells of the rows on screen; rows out of sight are drawn afresh
+    // when they scroll in.
+    void infoChanged();
+    // The rows intersecting the visible area, top to bottom.
+    QModelIndexList visibleRows() const;
+
+private:
+    void spanHeaders(const QModelIndex& parent, int first, int last);
+
+    ListSource* m_source;
+    ContentHooks m_hooks;
+};

@@ -1,0 +1,95 @@
+#include "window/app_delegate.h"
+
+#include "actions/menu_setup.h"
+#include "fs/file_io.h"
+#include "window/browser_frame.h"
+#include "window/theme_icons.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QTimer>
+
+#include <cstdlib>
+
+AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, ViewMode mode,
+    const BrondelSettings& settings)
+    : m_paths(std::move(paths))
+    , m_useComputerRoot(choice == RootChoice::Computer)
+    , m_mode(mode)
+    , m_scans(4)
+{
+    m_context.scans = &m_scans;
+    m_context.settings = &settings;
+}
+
+AppDelegate::~AppDelegate()
+{
+    for (const auto& window : m_windows)
+        delete window.data();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    iconsInstallTheme();
+    if (m_useComputerRoot) {
+        open("/", RootKind::Computer);
+    } else {
+        for (const auto& path : m_paths)
+            open(path, RootKind::Folder);
+    }
+    // A hidden aid for documentation and checks: grab the front window and quit.
+    if (const char* file = std::getenv("BRONDEL_SCREENSHOT"); file && *file)
+        scheduleScreenshot(QFile::decodeName(file));
+}
+
+BrowserFrame* AppDelegate::newWindow()
+{
+    return open("/", RootKind::Computer);
+}
+
+BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)
+{
+    // The window opens at once on an empty node; the folder (or the drives) arrive from
+    // a background read, so a slow disk never holds the window back.
+    auto root = DirNode::make();
+    root->path = path;
+    root->name = kind == RootKind::Computer ? "Computer" : pathLastComponent(path);
+    root->isDir = true;
+    auto* frame = new BrowserFrame(root, kind, m_context);
+    MenuSetup::install(frame);
+    connect(frame, &BrowserFrame::newWindowRequested, this, &AppDelegate::newWindow);
+    m_windows.emplace_back(frame);
+
+    // Without a desktop's activation rules, "come to the front" is show + raise +
+    // activate; BRONDEL_BACKGROUND (set, whatever its value) keeps the focus elsewhere.
+    const bool background = std::getenv("BRONDEL_BACKGROUND") != nullptr;
+    if (background)
+        frame->setAttribute(Qt::WA_ShowWithoutActivating);
+    frame->show();
+    if (!background) {
+        frame->raise();
+        frame->activateWindow();
+    }
+    frame->switchMode(m_mode);
+    frame->activePane()->reload();
+    return frame;
+}
+
+std::vector<BrowserFrame*> AppDelegate::windows() const
+{
+    std::vector<BrowserFrame*> open;
+    for (const auto& window : m_windows)
+        if (window)
+            open.push_back(window.data());
+    return open;
+}
+
+void AppDelegate::scheduleScreenshot(const QString& file)
+{
+    QTimer::singleShot(1500, this, [this, file] {
+        auto open = windows();
+        if (!open.empty())
+            open.back()->grab().save(file);
+        QApplication::quit();
+    });
+}

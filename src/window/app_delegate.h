@@ -1,0 +1,45 @@
+#pragma once
+// The graphical run: opens the first windows (one per path, or one on the Computer
+// root), opens new windows on request and keeps them.
+
+#include "app/view_mode.h"
+#include "window/brondel_window.h"
+#include "window/browser_context.h"
+#include "window/scan_service.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <string>
+#include <vector>
+
+class BrowserFrame;
+
+enum class RootChoice { Paths, Computer };
+
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    // `paths` are already expanded folders; `settings` stays alive for the whole run.
+    AppDelegate(std::vector<std::string> paths, RootChoice choice, ViewMode mode, const BrondelSettings& settings);
+    ~AppDelegate() override;
+
+    // Sets up the icon theme and opens the launch windows; the last one ends up in front.
+    void applicationDidFinishLaunching();
+    // A new window on the Computer root.
+    BrowserFrame* newWindow();
+    // The windows opened so far that are still open, in opening order.
+    std::vector<BrowserFrame*> windows() const;
+    const BrowserContext& context() const { return m_context; }
+
+private:
+    BrowserFrame* open(const std::string& path, RootKind kind);
+    void scheduleScreenshot(const QString& file);
+
+    std::vector<std::string> m_paths;
+    bool m_useComputerRoot;
+    ViewMode m_mode;
+    ScanService m_scans;
+    BrowserContext m_context;
+    std::vector<QPointer<BrowserFrame>> m_windows;
+};

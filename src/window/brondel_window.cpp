@@ -1,0 +1,247 @@
+#include "window/brondel_window.h"
+
+#include "fs/file_io.h"
+#include "fs/volume.h"
+#include "views/content_view.h"
+#include "window/core_bridge.h"
+#include "window/scan_service.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QGraphicsOpacityEffect>
+#include <QPropertyAnimation>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kDimDelayMs = 120;
+constexpr int kDimFadeMs = 150;
+constexpr double kDimmedAlpha = 0.5;
+
+QString decode(const std::string& text)
+{
+    return QFile::decodeName(QByteArray::fromStdString(text));
+}
+
+} // namespace
+
+BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
+    : QWidget(parent)
+    , m_context(context)
+    , m_rootPath(rootNode->path)
+    , m_rootNode(std::move(rootNode))
+    , m_isComputerRoot(kind == RootKind::Computer)
+    , m_title(decode(m_rootNode->name))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    m_contentBox = new QWidget(this);
+    m_contentLayout = new QVBoxLayout(m_contentBox);
+    m_contentLayout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_contentBox);
+    m_opacity = new QGraphicsOpacityEffect(m_contentBox);
+    m_opacity->setOpacity(1.0);
+    m_opacity->setEnabled(false); // an idle effect would re-render the view off-screen
+    m_contentBox->setGraphicsEffect(m_opacity);
+    m_fade = new QPropertyAnimation(m_opacity, "opacity", this);
+    m_fade->setDuration(kDimFadeMs);
+}
+
+BrondelWindow::~BrondelWindow()
+{
+    if (m_cables)
+        m_cables->remove(this);
+}
+
+void BrondelWindow::setTitle(const QString& title)
+{
+    if (m_title == title)
+        return;
+    m_title = title;
+    emit titleChanged(title);
+}
+
+void BrondelWindow::setOpacity(double opacity, bool animated)
+{
+    m_fade->stop();
+    m_dimmed = opacity < 1.0;
+    if (animated && m_context.animate) {
+        m_opacity->setEnabled(true);
+        m_fade->setStartValue(m_opacity->opacity());
+        m_fade->setEndValue(opacity);
+        m_fade->start();
+        return;
+    }
+    m_opacity->setOpacity(opacity);
+    m_opacity->setEnabled(m_dimmed);
+}
+
+void BrondelWindow::navigateLocal(const std::string& path)
+{
+    if (path == currentLocation())
+        return;
+    m_navHistory.push_back(currentLocation());
+    m_forwardHistory.clear();
+    showLocation(path);
+}
+
+void BrondelWindow::goBack()
+{
+    stepThrough(m_navHistory, m_forwardHistory);
+}
+
+void BrondelWindow::goForward()
+{
+    stepThrough(m_forwardHistory, m_navHistory);
+}
+
+void BrondelWindow::stepThrough(std::vector<std::string>& source, std::vector<std::string>& other)
+{
+    if (source.empty())
+        return;
+    std::string target = std::move(source.back());
+    source.pop_back();
+    other.push_back(currentLocation());
+    showLocation(target);
+}
+
+void BrondelWindow::goUp()
+{
+    if (m_isComputerRoot)
+        return;
+    std::string parent = pathParent(m_rootPath);
+    // The file-system root and the folders that hold mounts are never shown on their
+    // own: going up from a top-level folder or from a drive lands on the Computer root.
+    if (parent.empty() || parent == "/" || driveSpace(m_rootPath))
+        navigateLocal("/");
+    else
+        navigateLocal(parent);
+}
+
+void BrondelWindow::showLocation(const std::string& path)
+{
+    m_isComputerRoot = path == "/";
+    m_rootPath = path;
+    if (!m_isComputerRoot) {
+        setTitle(decode(pathLastComponent(path) == "/" ? std::string() : pathLastComponent(path)));
+        m_context.noteRecent(path);
+        scanThenShow(path);
+    } else {
+        showComputerRoot();
+    }
+    emit locationChanged(currentLocation());
+    propagate(currentLocation());
+}
+
+void BrondelWindow::scanThenShow(const std::string& path)
+{
+    const int64_t gen = ++m_scanGeneration;
+    m_scanPendingGen = gen;
+    m_context.later(kDimDelayMs, this, [this, gen] { dimCheck(gen); });
+    m_context.scans->scan(path, *m_context.settings, this, [this, gen](DirNodePtr root) {
+        if (m_scanGeneration != gen)
+            return; // the user has moved on: a stale result never overwrites a newer one
+        m_scanPendingGen.reset();
+        setOpacity(1.0, false);
+        m_rootNode = std::move(root);
+        rebuildMode(m_currentMode);
+    });
+}
+
+void BrondelWindow::showComputerRoot()
+{
+    // Probing the drives may wait on a slow mount, so the node is built off the main
+    // thread too; the Computer root is never shown dimmed.
+    const int64_t gen = ++m_scanGeneration;
+    m_scanPendingGen.reset();
+    setOpacity(1.0, false);
+    BrowserContext::Build build = m_context.computerRootBuilder();
+    m_context.scans->submit(this, [this, gen, build]() -> std::function<void()> {
+        DirNodePtr root = build();
+        return [this, gen, root] {
+            if (m_scanGeneration != gen)
+                return;
+            m_rootNode = root;
+            setTitle(decode(root->name));
+            rebuildMode(m_currentMode);
+        };
+    });
+}
+
+void BrondelWindow::dimCheck(int64_t gen)
+{
+    if (m_scanPendingGen && *m_scanPendingGen == gen)
+        setOpacity(kDimmedAlpha, true);
+}
+
+void BrondelWindow::stepInto(const std::string& path)
+{
+    m_navHistory.push_back(currentLocation());
+    m_forwardHistory.clear();
+    showLocation(path);
+}
+
+void BrondelWindow::propagate(const std::string& location)
+{
+    if (!m_cables)
+        return;
+    // A copy: following panes may change the graph's vectors while we walk.
+    std::vector<BrondelWindow*> followers = m_cables->to(this);
+    for (BrondelWindow* to : followers)
+        if (to->currentLocation() != location)
+            to->stepInto(location); // a pane that is already there ends a loop
+}
+
+void BrondelWindow::openFolder(const std::string& path)
+{
+    std::vector<BrondelWindow*> followers = m_cables ? m_cables->to(this) : std::vector<BrondelWindow*>();
+    if (followers.empty()) {
+        navigateLocal(path);
+        return;
+    }
+    bool mirrored = false;
+    for (BrondelWindow* to : followers) {
+        if (to->currentLocation() != path)
+            to->stepInto(path);
+        mirrored = mirrored || m_cables->mirror(to);
+    }
+    if (mirrored)
+        navigateLocal(path);
+}
+
+void BrondelWindow::rebuildMode(ViewMode mode)
+{
+    m_currentMode = mode;
+    // Focus follows the new view only when the old one had it: a TO pane that follows
+    // its FROM must not take the focus (and with it the active pane) away.
+    QWidget* focus = QApplication::focusWidget();
+    const bool hadFocus = focus && m_contentBox->isAncestorOf(focus);
+    if (m_contentView) {
+        m_contentLayout->removeWidget(m_contentView);
+        m_contentView->hide();
+        m_contentView->deleteLater();
+    }
+    ContentHooks hooks;
+    hooks.openFolder = [this](const std::string& path) { openFolder(path); };
+    hooks.openFile = [this](const std::string& path) { emit fileOpenRequested(path); };
+    m_contentView = contentViewBuild(mode, m_rootNode, m_context.headers(), m_context, hooks);
+    m_contentView->setParent(m_contentBox);
+    m_contentLayout->addWidget(m_contentView);
+    emit modeChanged(mode);
+    if (hadFocus)
+        contentViewFocus(m_contentView)->setFocus(Qt::OtherFocusReason);
+}
+
+void BrondelWindow::refresh()
+{
+    bridgeSizesForget(m_rootPath);
+    reload();
+}
+
+void BrondelWindow::reload()
+{
+    if (m_isComputerRoot)
+        showComputerRoot();
+    else
+        scanThenShow(m_rootPath);
+}

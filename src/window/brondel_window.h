@@ -1,0 +1,104 @@
+#pragma once
+// One browsing pane: a location with its node, a view mode, the Back and Forward
+// histories and the background loading of locations. The top-level window
+// (BrowserFrame) hosts one or more of these in its pane area and routes its commands to
+// the active one; cables between panes live in the frame's CableGraph, which this pane
+// reads to drag its TO panes along.
+
+#include "app/view_mode.h"
+#include "fs/dir_node.h"
+#include "window/browser_context.h"
+#include "window/cable_graph.h"
+
+#include <QWidget>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QGraphicsOpacityEffect;
+class QPropertyAnimation;
+class QVBoxLayout;
+
+enum class RootKind { Folder, Computer };
+
+class BrondelWindow : public QWidget {
+    Q_OBJECT
+public:
+    using Cables = CableGraph<BrondelWindow>;
+
+    BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent = nullptr);
+    ~BrondelWindow() override;
+
+    // "/" on the Computer root, else the shown folder.
+    std::string currentLocation() const { return m_isComputerRoot ? "/" : m_rootPath; }
+    const std::string& rootPath() const { return m_rootPath; }
+    const DirNodePtr& rootNode() const { return m_rootNode; }
+    bool isComputerRoot() const { return m_isComputerRoot; }
+    ViewMode currentMode() const { return m_currentMode; }
+    QString title() const { return m_title; }
+    const std::vector<std::string>& navHistory() const { return m_navHistory; }
+    const std::vector<std::string>& forwardHistory() const { return m_forwardHistory; }
+    int64_t scanGeneration() const { return m_scanGeneration; }
+    std::optional<int64_t> scanPendingGen() const { return m_scanPendingGen; }
+    bool isDimmed() const { return m_dimmed; }
+    QWidget* contentView() const { return m_contentView; }
+    const BrowserContext& context() const { return m_context; }
+
+    // The cables of the hosting window (none for a pane on its own).
+    void setCables(Cables* cables) { m_cables = cables; }
+    Cables* cables() const { return m_cables; }
+
+    // Navigation. navigateLocal records history; showLocation does not.
+    void navigateLocal(const std::string& path);
+    void showLocation(const std::string& path);
+    void scanThenShow(const std::string& path);
+    void goBack();
+    void goForward();
+    void goUp();
+    void goComputer() { navigateLocal("/"); }
+    // A folder activated in the content view: into the TO panes if there are any.
+    void openFolder(const std::string& path);
+    void rebuildMode(ViewMode mode);
+    // Reloads the location (history untouched) and forgets folder sizes under it.
+    void refresh();
+    // Loads the shown location again in the background, without touching history.
+    void reload();
+
+    // The dimming check of the load of generation `gen` (normally 0.12 s after it began).
+    void dimCheck(int64_t gen);
+
+signals:
+    void titleChanged(const QString& title);
+    void locationChanged(const std::string& location);
+    void modeChanged(ViewMode mode);
+    void fileOpenRequested(const std::string& path);
+
+private:
+    void setTitle(const QString& title);
+    void showComputerRoot();
+    void setOpacity(double opacity, bool animated);
+    void stepInto(const std::string& path); // history entry + showLocation
+    // Back and Forward: one algorithm with the two stacks swapped.
+    void stepThrough(std::vector<std::string>& source, std::vector<std::string>& other);
+    void propagate(const std::string& location);
+
+    const BrowserContext& m_context;
+    std::string m_rootPath;
+    DirNodePtr m_rootNode;
+    bool m_isComputerRoot = false;
+    ViewMode m_currentMode = ViewMode::List;
+    QString m_title;
+    QWidget* m_contentBox = nullptr;
+    QVBoxLayout* m_contentLayout = nullptr;
+    QWidget* m_contentView = nullptr;
+    QGraphicsOpacityEffect* m_opacity = nullptr;
+    QPropertyAnimation* m_fade = nullptr;
+    bool m_dimmed = false;
+    Cables* m_cables = nullptr;
+    int64_t m_scanGeneration = 0;
+    std::optional<int64_t> m_scanPendingGen;
+    std::vector<std::string> m_navHistory;
+    std::vector<std::string> m_forwardHistory;
+};

@@ -1,0 +1,95 @@
+#pragma once
+// The top-level browser window: toolbar, sidebar and the pane area. It hosts one or
+// more BrondelWindow panes, routes every navigation and mode command to the active
+// one, splits, closes and rearranges panes, and owns the cables between them.
+
+#include "app/view_mode.h"
+#include "window/brondel_window.h"
+#include "window/pane_area.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include <memory>
+#include <vector>
+
+class BrowserToolbar;
+class CableOverlay;
+class DropOverlay;
+class PaneView;
+class SidebarView;
+
+class BrowserFrame : public QMainWindow {
+    Q_OBJECT
+public:
+    BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent = nullptr);
+    ~BrowserFrame() override;
+
+    const std::vector<BrondelWindow*>& panes() const { return m_panes; }
+    BrondelWindow* activePane() const { return m_active; }
+    // The pane that the window's commands go to.
+    BrondelWindow* routed() const { return m_active; }
+    PaneView* paneViewOf(const BrondelWindow* pane) const;
+    PaneArea* paneArea() const { return m_area; }
+    SidebarView* sidebar() const { return m_sidebar; }
+    BrowserToolbar* toolbar() const { return m_toolbar; }
+    BrondelWindow::Cables& cables() { return m_cables; }
+    DropOverlay* dropOverlay() const { return m_dropOverlay; }
+    CableOverlay* cableOverlay() const { return m_cableOverlay; }
+
+    // Navigation and modes, routed to the active pane.
+    void navigateTo(const std::string& path);
+    void openFolder(const std::string& path);
+    void goBack();
+    void goForward();
+    void goUp();
+    void goComputer();
+    void switchMode(ViewMode mode);
+    void refresh();
+
+    // Panes.
+    void addPane() { splitPane(m_active, Axis::SideBySide); }
+    void splitPaneDown() { splitPane(m_active, Axis::Stacked); }
+    void closeActivePane() { closePane(m_active); }
+    BrondelWindow* splitPane(BrondelWindow* pane, Axis axis);
+    void closePane(BrondelWindow* pane);
+    void movePane(PaneView* source, PaneView* target, DropZone zone);
+    void setActivePane(BrondelWindow* pane);
+
+    // Cables.
+    bool link(BrondelWindow* from, BrondelWindow* to);
+    void unlinkAll(BrondelWindow* pane);
+    void linkSwap(BrondelWindow* pane);
+    void linkToggleActive();
+    void toggleMirror(BrondelWindow* pane);
+    void linkChrome();
+    // The jack menu's first line for a pane.
+    QString linkRole(const BrondelWindow* pane) const;
+
+signals:
+    void newWindowRequested();
+    void infoRequested(BrondelWindow* pane);
+    void trashRequested(BrondelWindow* pane);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    BrondelWindow* makePane(DirNodePtr root, RootKind kind, ViewMode mode);
+    PaneView* wrap(BrondelWindow* pane);
+    void wireHeader(PaneView* view);
+    void wireJack(PaneView* view);
+    void paneLocationChanged(BrondelWindow* pane);
+    void openFile(const std::string& path);
+    QPoint jackCentre(BrondelWindow* pane) const;
+
+    const BrowserContext& m_context;
+    BrowserToolbar* m_toolbar = nullptr;
+    SidebarView* m_sidebar = nullptr;
+    PaneArea* m_area = nullptr;
+    DropOverlay* m_dropOverlay = nullptr;
+    CableOverlay* m_cableOverlay = nullptr;
+    BrondelWindow::Cables m_cables;
+    std::vector<BrondelWindow*> m_panes;
+    BrondelWindow* m_active = nullptr;
+};

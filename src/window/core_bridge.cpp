@@ -1,0 +1,48 @@
+#include "window/core_bridge.h"
+
+#include "config/pinned_nodes.h"
+#include "config/recents.h"
+#include "config/sidebar_file.h"
+#include "fs/computer_root.h"
+#include "fs/volume_list.h"
+
+DirNodePtr bridgeComputerRoot()
+{
+    return ComputerRoot::build();
+}
+
+std::vector<DirNodePtr> bridgePinnedNodes(const BrondelSettings& settings)
+{
+    return pinnedNodes(settings);
+}
+
+void bridgeRecentsNote(const std::string& path, const BrondelSettings& settings)
+{
+    recentsNote(path, settings);
+}
+
+void bridgeSizesForget(const std::string&)
+{
+}
+
+SidebarSection bridgeSidebarRead()
+{
+    SidebarFile file = sidebarRead();
+    return sidebarSection(file.title, file.paths);
+}
+
+std::vector<BridgeDrive> bridgeDrives()
+{
+    std::vector<BridgeDrive> drives;
+    for (const auto& volume : VolumeList::mounted())
+        drives.push_back({volume.name, volume.path});
+    return drives;
+}
+
+InfoChangedHub& InfoChangedHub::instance()
+{
+    static InfoChangedHub* hub = new InfoChangedHub;
+    return *hub;
+}
+
+InfoChangedHub::InfoChangedHub() = default;

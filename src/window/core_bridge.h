@@ -1,0 +1,50 @@
+#pragma once
+// The few core services the window needs that other parts of the core provide: the
+// Computer root, the favourites headers, the recent folders, the sidebar file, the
+// folder-size cache and its change notification. The window reaches them only through
+// these functions, so each is one line to repoint.
+
+#include "config/brondel_settings.h"
+#include "config/sidebar_section.h"
+#include "fs/dir_node.h"
+
+#include <QObject>
+
+#include <string>
+#include <vector>
+
+// The synthetic Computer node (path "/"): Home, then one child per mounted drive.
+DirNodePtr bridgeComputerRoot();
+
+// The favourites section headers (each carrying its entries), then the Recent header.
+std::vector<DirNodePtr> bridgePinnedNodes(const BrondelSettings& settings);
+
+// Notes a shown folder in the recent folders.
+void bridgeRecentsNote(const std::string& path, const BrondelSettings& settings);
+
+// Forgets cached folder sizes of `path` and everything below it.
+void bridgeSizesForget(const std::string& path);
+
+// The sidebar's top section: its title and the existing folders, named.
+SidebarSection bridgeSidebarRead();
+
+// The mounted user-visible drives as (name, mount path).
+struct BridgeDrive {
+    std::string name;
+    std::string path;
+};
+std::vector<BridgeDrive> bridgeDrives();
+
+// One process-wide object in the main thread whose infoChanged() fires when computed
+// information (folder sizes) has changed; views reload their rows on it.
+class InfoChangedHub : public QObject {
+    Q_OBJECT
+public:
+    static InfoChangedHub& instance();
+
+signals:
+    void infoChanged();
+
+private:
+    InfoChangedHub();
+};

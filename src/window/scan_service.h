@@ -1,0 +1,38 @@
+#pragma once
+// Folder reads for the windows and views, on a thread pool the service owns. Results
+// come back on the main thread, and only while the object that asked still exists.
+
+#include "config/brondel_settings.h"
+#include "fs/dir_node.h"
+
+#include <QObject>
+#include <QThreadPool>
+
+#include <functional>
+#include <string>
+
+class ScanService : public QObject {
+    Q_OBJECT
+public:
+    using Done = std::function<void(DirNodePtr)>;
+    // Runs off the main thread and returns what to do on the main thread afterwards.
+    using Work = std::function<std::function<void()>()>;
+
+    explicit ScanService(int threads = 2, QObject* parent = nullptr);
+    ~ScanService() override; // waits for reads in flight
+
+    // Scans `path` to depth 1 in the background; `done` receives the fresh root on the
+    // main thread unless `context` has been destroyed by then. Virtual so that tests can
+    // hold results back and release them in any order.
+    virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done);
+
+    // Any other background read: `work` runs on the pool, its continuation on the main
+    // thread unless `context` has been destroyed by then.
+    void submit(QObject* context, Work work);
+
+    // Waits until nothing is running (tests, benchmarks).
+    void waitForDone() { m_pool.waitForDone(); }
+
+private:
+    QThreadPool m_pool;
+};

@@ -1,0 +1,219 @@
+// The list and column sources: rows with favourites and recent folders above the
+// folder's own, headers never selectable, children read lazily in the background, and
+// size texts refreshed when sizes arrive.
+
+#include "../window/gui_test_main.h"
+#include "support/temp_tree.h"
+#include "views/column_view.h"
+#include "views/list_size_cell.h"
+#include "views/list_view.h"
+#include "window/core_bridge.h"
+
+#include <QItemSelectionModel>
+
+namespace {
+
+DirNodePtr scanned(const std::string& path)
+{
+    return Scanner(BrondelSettings{}).scan(path, 1);
+}
+
+QStringList texts(const QAbstractItemModel& model, const QModelIndex& parent = {})
+{
+    QStringList out;
+    for (int row = 0; row < model.rowCount(parent); ++row)
+        out << model.index(row, 0, parent).data().toString();
+    return out;
+}
+
+// A folder with five children and two favourites sections of three entries each, the
+// second followed by the Recent section.
+struct Fixture {
+    TempTree tree;
+    TestContext t;
+    DirNodePtr root;
+
+    Fixture()
+    {
+        for (const char* name : {"a", "b", "c"})
+            tree.dir(std::string("root/") + name);
+        tree.file("root/d.txt", "12345");
+        tree.file("root/e.txt");
+        tree.file("root/a/inner.txt");
+        root = scanned(tree.path("root"));
+        t.headers = {testHeader("Work", "pinned:/Work", {"/w1", "/w2", "/w3"}, 0.58),
+            testHeader("Play", "pinned:/Play", {"/p1", "/p2", "/p3"}),
+            testHeader("Recent", "pinned://Recent", {"/r1"}, 0.1)};
+    }
+};
+
+// Counts the row texts the browser asks for.
+class CountingColumns : public ColumnSource {
+public:
+    CountingColumns(DirNodePtr root, const BrowserContext& context)
+        : ColumnSource(std::move(root), {}, context)
+    {
+    }
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role == Qt::DisplayRole)
+            ++texts;
+        return ColumnSource::data(index, role);
+    }
+    mutable int texts = 0;
+};
+
+} // namespace
+
+class ViewsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void columnRootListsHeadersEntriesThenChildren()
+    {
+        Fixture f;
+        ColumnSource source(f.root, f.t.headers, f.t.context);
+        QStringList rows = texts(source);
+        QCOMPARE(rows.size(), 2 + 6 + 2 + 5); // headers with entries, recent, children
+        QCOMPARE(rows.mid(0, 4), (QStringList{"Work", "w1", "w2", "w3"}));
+        QCOMPARE(rows[8], QStringLiteral("Recent"));
+        QCOMPARE(rows[9], QStringLiteral("r1"));
+        QCOMPARE(rows.mid(10, 3), (QStringList{"a", "b", "c"}));
+        QCOMPARE(rows[13], QStringLiteral("d.txt  (5 B)")); // name, two spaces, info
+        QVERIFY(!source.hasChildren(source.index(0, 0))); // a header is a leaf here
+        QVERIFY(!source.hasChildren(source.index(13, 0))); // so is a file
+        QVERIFY(source.hasChildren(source.index(10, 0)));   // a folder, not yet read
+    }
+
+    void listRootShowsHeadersAsGroupRows()
+    {
+        Fixture f;
+        ListSource source(f.root, f.t.headers, f.t.context);
+        QStringList rows = texts(source);
+        QCOMPARE(rows, (QStringList{"Work", "Play", "Recent", "a", "b", "c", "d.txt", "e.txt"}));
+        QModelIndex work = source.index(0, 0);
+        QCOMPARE(texts(source, work), (QStringList{"w1", "w2", "w3"}));
+        QCOMPARE(source.index(3, ListSource::Kind).data().toString(), QStringLiteral("Folder"));
+        QCOMPARE(source.index(6, ListSource::Size).data().toString(), QStringLiteral("5 B"));
+        QVERIFY(!source.index(0, ListSource::Date).data().isValid()); // headers span the row
+        QColor tint = work.data(Qt::ForegroundRole).value<QColor>();
+        QCOMPARE(tint.hueF(), 0.58f);
+    }
+
+    void headersAreNeverSelectable()
+    {
+        Fixture f;
+        auto* source = new ListSource(f.root, f.t.headers, f.t.context);
+        BrondelOutlineView view(source, f.t.context, {});
+        view.resize(600, 400);
+        view.show();
+        view.selectAll();
+        const QModelIndexList selected = view.selectionModel()->selectedRows();
+        QCOMPARE(selected.size(), 5); // the folder's own rows only
+        for (const QModelIndex& index : selected)
+            QVERIFY(!source->nodeAt(index)->isSectionHeader);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, view.visualRect(source->index(0, 0)).center());
+        QVERIFY(!view.selectionModel()->isSelected(source->index(0, 0)));
+
+        auto* columns = new ColumnSource(f.root, f.t.headers, f.t.context);
+        BrondelBrowser browser(columns, f.t.context, {});
+        browser.resize(600, 400);
+        browser.show();
+        browser.selectAll();
+        for (const QModelIndex& index : browser.selectionModel()->selectedIndexes())
+            QVERIFY(!columns->nodeAt(index)->isSectionHeader);
+    }
+
+    void childrenArriveFromTheBackground()
+    {
+        Fixture f;
+        ListSource source(f.root, {}, f.t.context);
+        QModelIndex a = source.index(0, 0);
+        QCOMPARE(source.nodeAt(a)->name, std::string("a"));
+        QVERIFY(source.hasChildren(a));
+        QCOMPARE(source.rowCount(a), 0);
+        QVERIFY(source.canFetchMore(a));
+        source.fetchMore(a);
+        source.fetchMore(a); // asked twice, read once
+        QCOMPARE(f.t.scans.count(), size_t(1));
+        QSignalSpy inserted(&source, &QAbstractItemModel::rowsInserted);
+        f.t.scans.finishAll();
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(texts(source, a), QStringList{"inner.txt"});
+        QVERIFY(source.nodeAt(a)->childrenLoaded);
+        QVERIFY(!source.canFetchMore(a));
+
+        // An empty folder expands to no rows, but still shows its disclosure first.
+        QModelIndex b = source.index(1, 0);
+        QVERIFY(source.hasChildren(b));
+        source.fetchMore(b);
+        f.t.scans.finishAll();
+        QCOMPARE(source.rowCount(b), 0);
+    }
+
+    void expandingInTheOutlineReadsTheFolder()
+    {
+        Fixture f;
+        auto* source = new ListSource(f.root, {}, f.t.context);
+        BrondelOutlineView view(source, f.t.context, {});
+        view.show();
+        view.expand(source->index(0, 0));
+        QTRY_COMPARE(f.t.scans.count(), size_t(1));
+        f.t.scans.finishAll();
+        QCOMPARE(source->rowCount(source->index(0, 0)), 1);
+    }
+
+    void sizeTextsRefreshWhenSizesArrive()
+    {
+        Fixture f;
+        auto* source = new ListSource(f.root, {}, f.t.context);
+        BrondelOutlineView view(source, f.t.context, {});
+        view.resize(600, 400);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QSignalSpy changed(source, &QAbstractItemModel::dataChanged);
+        emit InfoChangedHub::instance().infoChanged();
+        QCOMPARE(changed.count(), 5); // every visible row, size column only
+        for (const auto& args : changed)
+            QCOMPARE(args.at(0).toModelIndex().column(), int(ListSource::Size));
+
+        // The columns redraw their rows, asking for every row text again.
+        auto* columns = new CountingColumns(f.root, f.t.context);
+        BrondelBrowser browser(columns, f.t.context, {});
+        browser.resize(600, 400);
+        browser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&browser));
+        QTRY_VERIFY(columns->texts > 0);
+        QTest::qWait(50);
+        columns->texts = 0;
+        emit InfoChangedHub::instance().infoChanged();
+        QTRY_VERIFY(columns->texts >= 5);
+    }
+
+    void sizeCellOfAFileAndAHeader()
+    {
+        Fixture f;
+        SizeCellContent file = listSizeCellFill(*f.root->children[3], f.t.settings);
+        QVERIFY(!file.fraction);
+        QCOMPARE(file.text, QStringLiteral("5 B"));
+        SizeCellContent header = listSizeCellFill(*f.t.headers[0], f.t.settings);
+        QVERIFY(header.text.isEmpty());
+    }
+
+    void doubleClickOpensFoldersAndFiles()
+    {
+        Fixture f;
+        std::vector<std::string> folders, files;
+        ContentHooks hooks{[&](const std::string& p) { folders.push_back(p); },
+            [&](const std::string& p) { files.push_back(p); }};
+        auto* source = new ListSource(f.root, f.t.headers, f.t.context);
+        BrondelOutlineView view(source, f.t.context, hooks);
+        emit view.activated(source->index(3, 0));
+        emit view.activated(source->index(6, 0));
+        emit view.activated(source->index(0, 0)); // a header: nothing
+        QCOMPARE(folders, std::vector<std::string>{f.tree.path("root/a")});
+        QCOMPARE(files, std::vector<std::string>{f.tree.path("root/d.txt")});
+    }
+};
+
+BRONDEL_GUI_TEST_MAIN(ViewsTest)
+#include "views_test.moc"

@@ -1,0 +1,211 @@
+// A pane's navigation: histories, Enclosing Folder, loads superseded by newer ones, the
+// dimming of slow loads, following along cables, and refresh.
+
+#include "gui_test_main.h"
+#include "support/temp_tree.h"
+#include "window/brondel_window.h"
+
+#include <memory>
+
+namespace {
+
+std::unique_ptr<BrondelWindow> paneAt(TestContext& t, const std::string& path)
+{
+    auto root = DirNode::make();
+    root->path = path;
+    root->name = path;
+    root->isDir = true;
+    return std::make_unique<BrondelWindow>(root, RootKind::Folder, t.context);
+}
+
+std::vector<std::string> names(const DirNodePtr& node)
+{
+    std::vector<std::string> out;
+    for (const auto& child : node->children)
+        out.push_back(child->name);
+    return out;
+}
+
+} // namespace
+
+class BrondelWindowTest : public QObject {
+    Q_OBJECT
+private slots:
+    void historyRules()
+    {
+        TempTree tree;
+        const std::string a = tree.dir("A"), b = tree.dir("B"), c = tree.dir("C");
+        TestContext t;
+        auto pane = paneAt(t, a);
+        pane->navigateLocal(a); // already there: nothing
+        QCOMPARE(t.scans.count(), size_t(0));
+        QVERIFY(pane->navHistory().empty());
+
+        pane->goBack(); // empty history: nothing
+        QCOMPARE(pane->currentLocation(), a);
+
+        pane->navigateLocal(b);
+        pane->navigateLocal(c);
+        QCOMPARE(pane->navHistory(), (std::vector<std::string>{a, b}));
+        pane->goBack();
+        QCOMPARE(pane->currentLocation(), b);
+        QCOMPARE(pane->forwardHistory(), std::vector<std::string>{c});
+        pane->goForward();
+        QCOMPARE(pane->currentLocation(), c);
+        pane->goBack();
+        pane->navigateLocal(a); // a new step forgets Forward
+        QVERIFY(pane->forwardHistory().empty());
+        QCOMPARE(pane->navHistory(), (std::vector<std::string>{a, b}));
+        QCOMPARE(pane->title(), QStringLiteral("A"));
+    }
+
+    void enclosingFolder()
+    {
+        TempTree tree;
+        const std::string deep = tree.dir("x/y");
+        TestContext t;
+        auto pane = paneAt(t, deep);
+        pane->goUp();
+        QCOMPARE(pane->currentLocation(), tree.path("x"));
+
+        auto top = paneAt(t, "/tmp");
+        top->goUp(); // the parent is the file-system root: the Computer root instead
+        QVERIFY(top->isComputerRoot());
+        QCOMPARE(top->currentLocation(), std::string("/"));
+        const size_t before = top->navHistory().size();
+        top->goUp(); // from the Computer root: nothing
+        QCOMPARE(top->navHistory().size(), before);
+        QTRY_COMPARE(top->title(), QStringLiteral("TestComputer"));
+        QCOMPARE(top->rootNode()->path, std::string("/"));
+    }
+
+    void staleScanNeverShows()
+    {
+        TempTree tree;
+        tree.file("slow/old.txt");
+        tree.file("fast/new.txt");
+        TestContext t;
+        auto pane = paneAt(t, tree.root());
+        pane->navigateLocal(tree.path("slow"));
+        pane->navigateLocal(tree.path("fast"));
+        QCOMPARE(t.scans.count(), size_t(2));
+        t.scans.finish(1); // the fast one lands first
+        QCOMPARE(names(pane->rootNode()), std::vector<std::string>{"new.txt"});
+        QVERIFY(!pane->scanPendingGen());
+        t.scans.finish(0); // the slow one arrives late and is dropped
+        QCOMPARE(names(pane->rootNode()), std::vector<std::string>{"new.txt"});
+        QCOMPARE(pane->currentLocation(), tree.path("fast"));
+    }
+
+    void dimsOnlyWhenStillLoading()
+    {
+        TempTree tree;
+        tree.dir("quick");
+        tree.dir("slow");
+        TestContext t;
+        auto pane = paneAt(t, tree.root());
+
+        pane->navigateLocal(tree.path("quick"));
+        t.scans.finish(0); // within 0.12 s
+        t.fireDeferred();
+        QVERIFY(!pane->isDimmed());
+
+        pane->navigateLocal(tree.path("slow"));
+        QVERIFY(!pane->isDimmed()); // not before the check
+        t.fireDeferred();
+        QVERIFY(pane->isDimmed());
+        t.scans.finish(1);
+        QVERIFY(!pane->isDimmed());
+    }
+
+    void supersededLoadIsNotDimmedLater()
+    {
+        TempTree tree;
+        tree.dir("one");
+        tree.dir("two");
+        TestContext t;
+        auto pane = paneAt(t, tree.root());
+        pane->navigateLocal(tree.path("one"));
+        pane->navigateLocal(tree.path("two"));
+        t.scans.finish(1);
+        t.fireDeferred(); // both checks run: neither belongs to a pending load
+        QVERIFY(!pane->isDimmed());
+    }
+
+    void closedPaneIgnoresLateResults()
+    {
+        TempTree tree;
+        tree.dir("d");
+        TestContext t;
+        auto pane = paneAt(t, tree.root());
+        pane->navigateLocal(tree.path("d"));
+        pane.reset();
+        t.scans.finish(0);
+        t.fireDeferred();
+        QVERIFY(true); // nothing to crash into
+    }
+
+    void toPanesFollowAlongChains()
+    {
+        TempTree tree;
+        const std::string a = tree.dir("a"), b = tree.dir("b");
+        TestContext t;
+        BrondelWindow::Cables cables;
+        cables.onLinked([](BrondelWindow* from, BrondelWindow* to) { to->navigateLocal(from->currentLocation()); });
+        auto p1 = paneAt(t, tree.root()), p2 = paneAt(t, tree.root()), p3 = paneAt(t, b);
+        for (auto* p : {p1.get(), p2.get(), p3.get()})
+            p->setCables(&cables);
+        QVERIFY(cables.link(p1.get(), p2.get()));
+        QVERIFY(cables.link(p2.get(), p3.get()));
+        QCOMPARE(p3->currentLocation(), tree.root()); // follows its new FROM at once
+
+        p1->navigateLocal(a); // FROM moves: the chain follows
+        QCOMPARE(p2->currentLocation(), a);
+        QCOMPARE(p3->currentLocation(), a);
+        QCOMPARE(p3->navHistory().back(), tree.root());
+
+        p1->openFolder(b); // opening sends the folder down, FROM stays
+        QCOMPARE(p1->currentLocation(), a);
+        QCOMPARE(p2->currentLocation(), b);
+        QCOMPARE(p3->currentLocation(), b);
+
+        cables.setMirror(p2.get(), true); // now FROM enters too
+        p1->openFolder(tree.root());
+        QCOMPARE(p1->currentLocation(), tree.root());
+        QCOMPARE(p2->currentLocation(), tree.root());
+        p1->setCables(nullptr);
+        p2->setCables(nullptr);
+        p3->setCables(nullptr);
+    }
+
+    void refreshRescansWithoutHistory()
+    {
+        TempTree tree;
+        tree.file("f/one.txt");
+        TestContext t;
+        auto pane = paneAt(t, tree.path("f"));
+        pane->refresh();
+        t.scans.finishAll();
+        QCOMPARE(names(pane->rootNode()), std::vector<std::string>{"one.txt"});
+        tree.file("f/two.txt");
+        pane->refresh();
+        t.scans.finishAll();
+        QCOMPARE(names(pane->rootNode()).size(), size_t(2));
+        QVERIFY(pane->navHistory().empty());
+    }
+
+    void modeChangeRebuildsWithoutRescan()
+    {
+        TestContext t;
+        auto pane = paneAt(t, "/tmp");
+        QSignalSpy spy(pane.get(), &BrondelWindow::modeChanged);
+        pane->rebuildMode(ViewMode::Column);
+        QCOMPARE(pane->currentMode(), ViewMode::Column);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(t.scans.count(), size_t(0));
+        QVERIFY(pane->contentView());
+    }
+};
+
+BRONDEL_GUI_TEST_MAIN(BrondelWindowTest)
+#include "brondel_window_test.moc"

@@ -1,0 +1,45 @@
+// The sidebar: the file's section (existing folders only), then the computer; a click
+// goes to the row's folder and the shown location is selected.
+
+#include "gui_test_main.h"
+#include "window/sidebar_view.h"
+
+#include <QDir>
+
+class SidebarViewTest : public QObject {
+    Q_OBJECT
+private slots:
+    void rowsClicksAndSelection()
+    {
+        QDir(QString::fromStdString(testHome())).mkpath(QStringLiteral("Documents"));
+        ScanService scans;
+        SidebarView sidebar(&scans);
+        QTRY_COMPARE(sidebar.topLevelItemCount(), 2);
+        QTreeWidgetItem* places = sidebar.topLevelItem(0);
+        QCOMPARE(places->text(0), QStringLiteral("Favorites"));
+        QVERIFY(!(places->flags() & Qt::ItemIsSelectable));
+        QStringList names;
+        for (int i = 0; i < places->childCount(); ++i)
+            names << places->child(i)->text(0);
+        // "~" and "~/Documents" exist in the test home; Desktop and Downloads do not.
+        QCOMPARE(names.size(), 2);
+        QCOMPARE(names[1], QStringLiteral("Documents"));
+        QTreeWidgetItem* computer = sidebar.topLevelItem(1)->child(0);
+        QCOMPARE(SidebarView::pathOf(computer), std::string("/"));
+
+        QSignalSpy chosen(&sidebar, &SidebarView::locationChosen);
+        emit sidebar.itemClicked(places->child(1), 0);
+        QCOMPARE(chosen.count(), 1);
+        QCOMPARE(chosen.at(0).at(0).value<std::string>(), testHome() + "/Documents");
+        emit sidebar.itemClicked(places, 0); // a section title goes nowhere
+        QCOMPARE(chosen.count(), 1);
+
+        sidebar.select("/");
+        QVERIFY(computer->isSelected());
+        sidebar.select("/nowhere");
+        QVERIFY(sidebar.selectedItems().isEmpty());
+    }
+};
+
+BRONDEL_GUI_TEST_MAIN(SidebarViewTest)
+#include "sidebar_view_test.moc"
