@@ -1,52 +1,53 @@
 // The brondel executable: a command-line run when the first argument is a command word,
-// otherwise the graphical file manager (the GUI objects exist only in that case, so
-// `brondel --help` starts fast).
+// otherwise the graphical file manager. The GUI library is loaded only for a GUI run, so
+// `brondel --help` starts without Qt Gui or Qt Widgets.
 
 #include "app/cli_router.h"
 #include "app/launch_args.h"
-#include "config/settings_file.h"
-#include "window/app_delegate.h"
+#include "window/gui_main.h"
 
-#include <QApplication>
-
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <climits>
-#include <cstdlib>
+#include <cstdio>
 #include <string>
 
 namespace {
 
-std::string workingDirectory()
+constexpr const char* kGuiLibrary = "libbrondel_gui.so";
+
+// The GUI library beside the executable, else wherever the loader finds it.
+void* openGuiLibrary()
 {
-    char buf[PATH_MAX];
-    return ::getcwd(buf, sizeof buf) ? std::string(buf) : std::string("/");
+    char exe[PATH_MAX];
+    ssize_t n = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
+    if (n > 0) {
+        std::string path(exe, size_t(n));
+        path = path.substr(0, path.rfind('/') + 1) + kGuiLibrary;
+        if (void* lib = ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL))
+            return lib;
+    }
+    return ::dlopen(kGuiLibrary, RTLD_NOW | RTLD_GLOBAL);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    Args args = launchArguments(argc, argv);
     {
         CliOut out(CliOut::Target::Stdout);
-        if (auto status = CLIRouter::run(args, out)) {
+        if (auto status = CLIRouter::run(launchArguments(argc, argv), out)) {
             out.flush();
             return *status;
         }
     }
-
-    Args full(argv, argv + argc);
-    std::vector<std::string> paths;
-    const std::string cwd = workingDirectory();
-    for (const auto& arg : args)
-        paths.push_back(launchExpandPath(arg, cwd));
-
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Brondel"));
-    QApplication::setQuitOnLastWindowClosed(true);
-    AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
-        Settings::current());
-    delegate.applicationDidFinishLaunching();
-    return app.exec();
+    void* gui = openGuiLibrary();
+    auto entry = gui ? reinterpret_cast<int (*)(int, char**)>(::dlsym(gui, kBrondelGuiEntry)) : nullptr;
+    if (!entry) {
+        // Not a command run: the only way to tell the user why no window opens.
+        std::fprintf(stderr, "brondel: cannot load the interface (%s)\n", ::dlerror());
+        return 1;
+    }
+    return entry(argc, argv);
 }

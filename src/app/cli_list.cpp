@@ -4,6 +4,7 @@
 #include "config/settings_file.h"
 #include "fs/fmt.h"
 #include "fs/scanner.h"
+#include "sizes/folder_sizes.h"
 #include "sizes/info_module.h"
 
 #include <algorithm>
@@ -16,16 +17,20 @@ int CLIList::run(const Args& args, CliOut& out)
     if (cliPlainScan())
         scanner.setThreads(1);
     DirNodePtr root = scanner.scan(path, 1);
+    // A command-line run waits for folder sizes instead of leaving them to the background.
+    FolderSizes::shared().setMode(SizeMode::Synchronous);
     if (root->children.empty()) {
         out.line("Empty or not a directory: " + path);
         return 0;
     }
     cliKeepUntilExit(root);
     const auto& children = root->children;
+    const auto modules = InfoModules::enabled(settings);
+    for (const InfoModule* module : modules)
+        module->prepare(children);
     std::vector<std::string> infos;
     infos.reserve(children.size());
     size_t nameWidth = 0, infoWidth = 0;
-    const auto modules = InfoModules::enabled(settings);
     for (const auto& child : children) {
         nameWidth = std::max(nameWidth, fmtDisplayLength(child->name));
         std::string info = child->isSectionHeader ? "--" : infoLine(*child, modules).value_or("--");

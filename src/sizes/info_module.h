@@ -22,6 +22,10 @@ public:
     virtual std::optional<std::string> text(const DirNode&) const { return std::nullopt; }
     virtual std::optional<double> fraction(const DirNode&) const { return std::nullopt; }
     virtual std::optional<std::pair<std::string, std::string>> pair(const DirNode&) const { return std::nullopt; }
+
+    // Called before text() is asked for each of `nodes` in a row (the command line
+    // listing a folder): a module may work out all the answers together beforehand.
+    virtual void prepare(const std::vector<DirNodePtr>&) const {}
 };
 
 struct InfoModules {

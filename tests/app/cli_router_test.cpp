@@ -47,12 +47,12 @@ TEST(CliRouter, DispatchesOnlyExactCommandWords)
 TEST(CliRouter, ListPrintsAlignedColumns)
 {
     TempTree tree;
-    tree.dir("Folder");
+    tree.sized("Folder/inner/c", 3);
     tree.sized("b\u00e9ta.txt", 1536);
     tree.file("a", "x");
     Outcome r = route({"list", tree.root()});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "dir   --      Folder    \n"
+    EXPECT_EQ(r.out, "dir   3 B     Folder    \n"
                      "file  1 B     a         \n"
                      "file  1.5 KB  b\u00e9ta.txt  \n");
     for (const std::string& bad : {tree.path("missing"), tree.path("a"), std::string("~/x")})

@@ -1,0 +1,39 @@
+// A drive's free and used space, for the folder that is a volume's root.
+
+#include "fs/fmt.h"
+#include "fs/volume.h"
+#include "sizes/info_module.h"
+
+class DriveSpaceInfo : public InfoModule {
+public:
+    std::string key() const override { return "drive-space"; }
+    std::string title() const override { return "Drive Space"; }
+
+    std::optional<std::string> text(const DirNode& node) const override
+    {
+        auto volume = driveSpace(node.path);
+        if (!volume)
+            return std::nullopt;
+        return fmtHuman(volume->freeBytes) + " free of " + fmtHuman(volume->totalBytes);
+    }
+
+    std::optional<double> fraction(const DirNode& node) const override
+    {
+        auto volume = driveSpace(node.path);
+        if (!volume)
+            return std::nullopt;
+        if (volume->totalBytes < 1)
+            return 0.0; // pseudo file systems report no blocks at all
+        return double(volume->usedBytes()) / double(volume->totalBytes);
+    }
+
+    std::optional<std::pair<std::string, std::string>> pair(const DirNode& node) const override
+    {
+        auto volume = driveSpace(node.path);
+        if (!volume)
+            return std::nullopt;
+        return std::pair{fmtHuman(volume->usedBytes()) + " used", fmtHuman(volume->freeBytes)};
+    }
+};
+
+BRONDEL_REGISTER(InfoModule, DriveSpaceInfo)

@@ -1,0 +1,270 @@
+#include "sizes/folder_size_walk.h"
+
+#include "fs/file_io.h"
+#include "fs/sys_calls.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <memory>
+#include <mutex>
+#include <sched.h>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+// A folder's descriptor, kept open while jobs still have to open children through it:
+// the descriptors in use stay bounded by the depth, not by the number of folders.
+struct DirFd {
+    explicit DirFd(int fd)
+        : fd(fd)
+    {
+    }
+    ~DirFd()
+    {
+        if (fd >= 0)
+            sysClose(fd);
+    }
+    DirFd(const DirFd&) = delete;
+    DirFd& operator=(const DirFd&) = delete;
+    const int fd;
+};
+
+// A folder on the way down from a root. A folder that is its own ancestor (a bind
+// mount of a parent on the same device) would make the walk endless; it is skipped.
+struct Ancestor {
+    dev_t dev;
+    ino_t ino;
+    std::shared_ptr<const Ancestor> up;
+};
+
+bool isAncestor(const Ancestor* chain, const struct stat& st)
+{
+    for (; chain; chain = chain->up.get())
+        if (chain->ino == st.st_ino && chain->dev == st.st_dev)
+            return true;
+    return false;
+}
+
+// A folder still to be read: its name inside `parent` (for a root: the path itself,
+// opened from the working directory and followed if it is a link).
+struct DirJob {
+    std::shared_ptr<DirFd> parent;
+    std::string name;
+    std::shared_ptr<const Ancestor> self;
+    size_t root = 0;
+    bool follow = false;
+};
+
+int openDirAt(int dirfd, const char* name, bool follow)
+{
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW);
+    int fd;
+    do
+        fd = sysCalls().openat(dirfd, name, flags, 0);
+    while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+int lstatAt(int dirfd, const char* name, struct stat* st)
+{
+    int rc;
+    do
+        rc = sysCalls().fstatat(dirfd, name, st, AT_SYMLINK_NOFOLLOW);
+    while (rc != 0 && errno == EINTR);
+    return rc;
+}
+
+int statFollow(const char* path, struct stat* st)
+{
+    int rc;
+    do
+        rc = sysCalls().stat(path, st);
+    while (rc != 0 && errno == EINTR);
+    return rc;
+}
+
+bool isDotOrDotDot(const char* name)
+{
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+constexpr size_t kDirentBuffer = 64 * 1024;
+
+// Whether a second thread would find a core: at most one other task is runnable now
+// (the kernel's instantaneous count in /proc/loadavg includes the caller).
+bool coreToSpare()
+{
+    cpu_set_t set;
+    const int cores = ::sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+    if (cores < 2)
+        return false;
+    const auto text = fileReadAll("/proc/loadavg"); // "0.52 0.58 0.59 2/467 12345"
+    if (!text)
+        return true;
+    size_t field = 0;
+    for (int spaces = 0; field < text->size() && spaces < 3; ++field)
+        spaces += (*text)[field] == ' ';
+    return std::atoi(text->c_str() + field) <= cores;
+}
+
+// One measurement: a stack of folders shared by up to `threads` threads, depth first
+// so that few descriptors are open at a time.
+class SizeWalk {
+public:
+    SizeWalk(const std::vector<std::string>& paths, int threads)
+        : m_paths(paths)
+        , m_threads(threads == kFolderSizeWalkAuto ? 2 : std::max(threads, 1))
+        , m_askForCore(threads == kFolderSizeWalkAuto)
+        , m_totals(std::make_unique<std::atomic<int64_t>[]>(paths.size()))
+        , m_devs(paths.size())
+    {
+    }
+
+    std::vector<int64_t> run()
+    {
+        auto cwd = std::make_shared<DirFd>(AT_FDCWD);
+        for (size_t i = 0; i < m_paths.size(); ++i) {
+            m_totals[i] = 0;
+            struct stat st;
+            if (statFollow(m_paths[i].c_str(), &st) != 0)
+                continue;
+            if (!S_ISDIR(st.st_mode)) {
+                m_totals[i] = int64_t(st.st_size);
+                continue;
+            }
+            m_devs[i] = st.st_dev;
+            auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, nullptr});
+            m_jobs.push_back({cwd, m_paths[i], std::move(self), i, true});
+        }
+        cwd.reset();
+        m_outstanding = int64_t(m_jobs.size());
+        work();
+        for (auto& helper : m_helpers) // no one starts a helper once the stack is done
+            helper.join();
+        std::vector<int64_t> totals(m_paths.size());
+        for (size_t i = 0; i < totals.size(); ++i)
+            totals[i] = m_totals[i].load();
+        return totals;
+    }
+
+private:
+    void work()
+    {
+        std::vector<char> buffer(kDirentBuffer);
+        std::vector<DirJob> subs;
+        for (;;) {
+            DirJob job;
+            {
+                std::unique_lock guard(m_lock);
+                m_wake.wait(guard, [this] { return !m_jobs.empty() || m_outstanding == 0; });
+                if (m_jobs.empty())
+                    return;
+                job = std::move(m_jobs.back());
+                m_jobs.pop_back();
+            }
+            subs.clear();
+            readDir(job, subs, buffer);
+            bool finished;
+            {
+                std::lock_guard guard(m_lock);
+                m_outstanding += int64_t(subs.size()) - 1;
+                for (auto& sub : subs)
+                    m_jobs.push_back(std::move(sub));
+                finished = m_outstanding == 0;
+                // Starting a thread costs more than reading a small folder: the helper
+                // only comes when there is a backlog for it.
+                if (int(m_helpers.size()) + 1 < m_threads && m_jobs.size() >= 2)
+                    startHelper();
+            }
+            if (finished || subs.size() > 1)
+                m_wake.notify_all();
+            else if (!subs.empty())
+                m_wake.notify_one();
+        }
+    }
+
+    void startHelper()
+    {
+        if (m_askForCore) {
+            m_askForCore = false;
+            if (!coreToSpare()) {
+                m_threads = 1;
+                return;
+            }
+        }
+        try {
+            m_helpers.emplace_back([this] { work(); });
+        } catch (const std::system_error&) {
+            m_threads = int(m_helpers.size()) + 1; // no more threads to be had: carry on without
+        }
+    }
+
+    // Adds the folder's non-folder entries to its root's total; collects the subfolders
+    // that stay on the root's device.
+    void readDir(DirJob& job, std::vector<DirJob>& subs, std::vector<char>& buffer)
+    {
+        const int fd = openDirAt(job.parent->fd, job.name.c_str(), job.follow);
+        job.parent.reset(); // the parent closes as soon as its last child is open
+        if (fd < 0)
+            return;
+        auto dir = std::make_shared<DirFd>(fd);
+        const dev_t dev = m_devs[job.root];
+        int64_t sum = 0;
+        for (;;) {
+            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            for (ssize_t offset = 0; offset < n;) {
+                const auto* entry = reinterpret_cast<const struct dirent64*>(buffer.data() + offset);
+                offset += entry->d_reclen;
+                const char* name = entry->d_name;
+                if (isDotOrDotDot(name))
+                    continue;
+                struct stat st;
+                if (lstatAt(fd, name, &st) != 0)
+                    continue;
+                if (!S_ISDIR(st.st_mode)) {
+                    sum += int64_t(st.st_size);
+                    continue;
+                }
+                if (st.st_dev != dev || isAncestor(job.self.get(), st))
+                    continue;
+                auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, job.self});
+                subs.push_back({dir, name, std::move(self), job.root, false});
+            }
+        }
+        m_totals[job.root].fetch_add(sum, std::memory_order_relaxed);
+    }
+
+    const std::vector<std::string>& m_paths;
+    int m_threads;     // lowered when no core is idle or the system refuses a thread
+    bool m_askForCore; // whether to check for an idle core before starting the helper
+    std::unique_ptr<std::atomic<int64_t>[]> m_totals;
+    std::vector<dev_t> m_devs; // written before any thread starts
+
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    std::vector<DirJob> m_jobs;
+    int64_t m_outstanding = 0; // folders pushed and not yet read
+    std::vector<std::thread> m_helpers;
+};
+
+} // namespace
+
+std::vector<int64_t> folderSizeWalkAll(const std::vector<std::string>& paths, int threads)
+{
+    return SizeWalk(paths, threads).run();
+}
+
+int64_t folderSizeWalk(const std::string& path, int threads)
+{
+    return folderSizeWalkAll({path}, threads).front();
+}
