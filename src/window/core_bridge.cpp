@@ -5,6 +5,8 @@
 #include "config/sidebar_file.h"
 #include "fs/computer_root.h"
 #include "fs/volume_list.h"
+#include "sizes/folder_sizes.h"
+#include "sizes/info_notifier.h"
 
 DirNodePtr bridgeComputerRoot()
 {
@@ -21,8 +23,9 @@ void bridgeRecentsNote(const std::string& path, const BrondelSettings& settings)
     recentsNote(path, settings);
 }
 
-void bridgeSizesForget(const std::string&)
+void bridgeSizesForget(const std::string& path)
 {
+    FolderSizes::shared().forget(path);
 }
 
 SidebarSection bridgeSidebarRead()
@@ -45,4 +48,7 @@ InfoChangedHub& InfoChangedHub::instance()
     return *hub;
 }
 
-InfoChangedHub::InfoChangedHub() = default;
+InfoChangedHub::InfoChangedHub()
+{
+    connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, this, &InfoChangedHub::infoChanged);
+}

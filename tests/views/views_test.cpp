@@ -3,10 +3,12 @@
 // size texts refreshed when sizes arrive.
 
 #include "../window/gui_test_main.h"
+#include "fs/fmt.h"
 #include "support/temp_tree.h"
 #include "views/column_view.h"
 #include "views/list_size_cell.h"
 #include "views/list_view.h"
+#include "sizes/folder_sizes.h"
 #include "window/core_bridge.h"
 
 #include <QItemSelectionModel>
@@ -190,6 +192,27 @@ private slots:
         columns->texts = 0;
         emit InfoChangedHub::instance().infoChanged();
         QTRY_VERIFY(columns->texts >= 5);
+    }
+
+    void realFolderSizesReachTheVisibleRows()
+    {
+        TempTree tree;
+        tree.sized("root/big/one.bin", 3000);
+        tree.sized("root/big/deeper/two.bin", 4000);
+        TestContext t; // every info module on
+        auto* source = new ListSource(scanned(tree.path("root")), {}, t.context);
+        QSignalSpy changed(source, &QAbstractItemModel::dataChanged);
+        BrondelOutlineView view(source, t.context, {});
+        view.resize(600, 400);
+        view.show(); // drawing the row asks for the size, which starts the walk
+
+        // The walk's announcement makes the view ask again for the rows on screen.
+        QTRY_VERIFY_WITH_TIMEOUT(!changed.isEmpty(), 10000);
+        const QModelIndex big = source->index(0, ListSource::Size);
+        QCOMPARE(changed.first().at(0).toModelIndex(), big);
+        auto size = FolderSizes::shared().size(tree.path("root/big"));
+        QVERIFY(size && *size >= 7000);
+        QCOMPARE(big.data().toString(), QString::fromStdString(fmtHuman(*size)));
     }
 
     void sizeCellOfAFileAndAHeader()

@@ -3,6 +3,7 @@
 
 #include "gui_test_main.h"
 #include "support/temp_tree.h"
+#include "sizes/folder_sizes.h"
 #include "window/brondel_window.h"
 
 #include <memory>
@@ -192,6 +193,22 @@ private slots:
         t.scans.finishAll();
         QCOMPARE(names(pane->rootNode()).size(), size_t(2));
         QVERIFY(pane->navHistory().empty());
+    }
+
+    void refreshForgetsFolderSizesUnderTheRoot()
+    {
+        TempTree tree;
+        tree.sized("f/sub/a.bin", 1000);
+        tree.sized("elsewhere/b.bin", 1000);
+        FolderSizes& sizes = FolderSizes::shared();
+        const std::string sub = tree.path("f/sub"), elsewhere = tree.path("elsewhere");
+        sizes.cachedOrWalk(sub);
+        sizes.cachedOrWalk(elsewhere);
+        TestContext t;
+        auto pane = paneAt(t, tree.path("f"));
+        pane->refresh();
+        QVERIFY(!sizes.size(sub)); // asked anew (and walked again)
+        QVERIFY(sizes.size(elsewhere));
     }
 
     void modeChangeRebuildsWithoutRescan()
