@@ -3,6 +3,7 @@
 #include "fs/file_io.h"
 #include "fs/mount_table.h"
 
+#include <algorithm>
 #include <chrono>
 #include <climits>
 #include <cstdlib>
@@ -36,6 +37,7 @@ struct DriveSpaceCache {
     };
     std::mutex lock;
     std::map<std::string, Entry> entries;
+    size_t pruneAbove = 512; // grows with the live entries, so pruning stays amortised
 };
 
 DriveSpaceCache& cache()
@@ -46,15 +48,18 @@ DriveSpaceCache& cache()
 
 constexpr auto kFresh = std::chrono::seconds(5);
 
-// Every folder a view shows may be asked about; past this many entries the stale ones
-// are dropped so a long session does not keep one entry per folder ever visited.
-constexpr size_t kPruneAbove = 512;
+// Every folder a view shows may be asked about; past a threshold the stale entries are
+// dropped so a long session does not keep one entry per folder ever visited. The
+// threshold then becomes twice what is left: a burst of fresh entries (a long listing)
+// is swept once per doubling, not once per new entry.
+constexpr size_t kPruneFloor = 512;
 
-void pruneStale(std::map<std::string, DriveSpaceCache::Entry>& entries, std::chrono::steady_clock::time_point now)
+void pruneStale(DriveSpaceCache& c, std::chrono::steady_clock::time_point now)
 {
-    if (entries.size() <= kPruneAbove)
+    if (c.entries.size() <= c.pruneAbove)
         return;
-    std::erase_if(entries, [now](const auto& item) { return now - item.second.readAt >= kFresh; });
+    std::erase_if(c.entries, [now](const auto& item) { return now - item.second.readAt >= kFresh; });
+    c.pruneAbove = std::max(kPruneFloor, 2 * c.entries.size());
 }
 
 } // namespace
@@ -89,7 +94,7 @@ std::optional<Volume> driveSpace(const std::string& path)
     // already old when it lands.
     const auto now = std::chrono::steady_clock::now();
     std::lock_guard guard(c.lock);
-    pruneStale(c.entries, now);
+    pruneStale(c, now);
     c.entries[path] = {now, result};
     return result;
 }

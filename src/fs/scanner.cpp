@@ -4,6 +4,7 @@
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
+#include "fs/work_stack.h"
 
 #include <unicode/ustring.h>
 
@@ -75,8 +76,8 @@ std::string icuCase(std::string_view s, bool upper)
 constexpr size_t kSplitFolderFrom = 4096;
 
 struct Job {
-    DirNode* node;
-    int64_t remaining;
+    DirNode* node = nullptr;
+    int64_t remaining = 0;
 };
 
 // The state one scan shares between its threads.
@@ -97,13 +98,8 @@ public:
             readTree(root, depth);
             return;
         }
-        push({&root, depth});
-        std::vector<std::thread> workers;
-        for (int i = 1; i < m_threads; ++i)
-            workers.emplace_back([this] { work(); });
-        work();
-        for (auto& t : workers)
-            t.join();
+        WorkStack<Job>::run({{&root, depth}}, m_threads,
+                            [this](Job& job, std::vector<Job>& subs) { readFolder(*job.node, job.remaining, subs); });
     }
 
 private:
@@ -114,48 +110,6 @@ private:
         readFolder(node, remaining, subs);
         for (const Job& job : subs)
             readTree(*job.node, job.remaining);
-    }
-
-    void push(Job job)
-    {
-        {
-            std::lock_guard guard(m_lock);
-            m_jobs.push_back(job);
-            ++m_outstanding;
-        }
-        m_wake.notify_one();
-    }
-
-    void work()
-    {
-        std::vector<Job> subs;
-        for (;;) {
-            Job job;
-            {
-                std::unique_lock guard(m_lock);
-                m_wake.wait(guard, [this] { return !m_jobs.empty() || m_outstanding == 0; });
-                if (m_jobs.empty())
-                    return;
-                job = m_jobs.back(); // depth first keeps the queue short
-                m_jobs.pop_back();
-            }
-            subs.clear();
-            readFolder(*job.node, job.remaining, subs);
-            // A thread keeps working down its own branch while the other one is busy;
-            // shared jobs are only published when someone could take them.
-            {
-                std::lock_guard guard(m_lock);
-                for (const Job& sub : subs) {
-                    m_jobs.push_back(sub);
-                    ++m_outstanding;
-                }
-                --m_outstanding;
-            }
-            if (m_outstanding.load() == 0)
-                m_wake.notify_all();
-            else if (!subs.empty())
-                m_wake.notify_all();
-        }
     }
 
     // Reads one folder into node.children; appends its subfolders still to be read.
@@ -259,10 +213,6 @@ private:
     const int m_threads;
     const NameFilter* const m_searchFilter;
     const bool m_statusForAll;
-    std::mutex m_lock;
-    std::condition_variable m_wake;
-    std::vector<Job> m_jobs;
-    std::atomic<int64_t> m_outstanding{0};
 };
 
 } // namespace

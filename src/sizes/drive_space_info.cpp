@@ -4,6 +4,19 @@
 #include "fs/volume.h"
 #include "sizes/info_module.h"
 
+namespace {
+
+// A volume's root is always a folder: files are never asked about, so a long listing of
+// files costs no file-system statistics at all.
+std::optional<Volume> volumeOf(const DirNode& node)
+{
+    if (!node.isDir)
+        return std::nullopt;
+    return driveSpace(node.path);
+}
+
+} // namespace
+
 class DriveSpaceInfo : public InfoModule {
 public:
     std::string key() const override { return "drive-space"; }
@@ -11,7 +24,7 @@ public:
 
     std::optional<std::string> text(const DirNode& node) const override
     {
-        auto volume = driveSpace(node.path);
+        auto volume = volumeOf(node);
         if (!volume)
             return std::nullopt;
         return fmtHuman(volume->freeBytes) + " free of " + fmtHuman(volume->totalBytes);
@@ -19,7 +32,7 @@ public:
 
     std::optional<double> fraction(const DirNode& node) const override
     {
-        auto volume = driveSpace(node.path);
+        auto volume = volumeOf(node);
         if (!volume)
             return std::nullopt;
         if (volume->totalBytes < 1)
@@ -29,7 +42,7 @@ public:
 
     std::optional<std::pair<std::string, std::string>> pair(const DirNode& node) const override
     {
-        auto volume = driveSpace(node.path);
+        auto volume = volumeOf(node);
         if (!volume)
             return std::nullopt;
         return std::pair{fmtHuman(volume->usedBytes()) + " used", fmtHuman(volume->freeBytes)};

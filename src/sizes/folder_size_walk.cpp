@@ -2,6 +2,7 @@
 
 #include "fs/file_io.h"
 #include "fs/sys_calls.h"
+#include "fs/work_stack.h"
 
 #include <algorithm>
 #include <atomic>
@@ -129,6 +130,7 @@ public:
     std::vector<int64_t> run()
     {
         auto cwd = std::make_shared<DirFd>(AT_FDCWD);
+        std::vector<DirJob> roots;
         for (size_t i = 0; i < m_paths.size(); ++i) {
             m_totals[i] = 0;
             struct stat st;
@@ -140,13 +142,16 @@ public:
             }
             m_devs[i] = st.st_dev;
             auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, nullptr});
-            m_jobs.push_back({cwd, m_paths[i], std::move(self), i, true});
+            roots.push_back({cwd, m_paths[i], std::move(self), i, true});
         }
         cwd.reset();
-        m_outstanding = int64_t(m_jobs.size());
-        work();
-        for (auto& helper : m_helpers) // no one starts a helper once the stack is done
-            helper.join();
+        WorkStack<DirJob>::run(
+            std::move(roots), m_threads,
+            [this](DirJob& job, std::vector<DirJob>& subs) {
+                thread_local std::vector<char> buffer(kDirentBuffer);
+                readDir(job, subs, buffer);
+            },
+            m_askForCore ? WorkStack<DirJob>::MayAddThread(coreToSpare) : nullptr);
         std::vector<int64_t> totals(m_paths.size());
         for (size_t i = 0; i < totals.size(); ++i)
             totals[i] = m_totals[i].load();
@@ -154,57 +159,6 @@ public:
     }
 
 private:
-    void work()
-    {
-        std::vector<char> buffer(kDirentBuffer);
-        std::vector<DirJob> subs;
-        for (;;) {
-            DirJob job;
-            {
-                std::unique_lock guard(m_lock);
-                m_wake.wait(guard, [this] { return !m_jobs.empty() || m_outstanding == 0; });
-                if (m_jobs.empty())
-                    return;
-                job = std::move(m_jobs.back());
-                m_jobs.pop_back();
-            }
-            subs.clear();
-            readDir(job, subs, buffer);
-            bool finished;
-            {
-                std::lock_guard guard(m_lock);
-                m_outstanding += int64_t(subs.size()) - 1;
-                for (auto& sub : subs)
-                    m_jobs.push_back(std::move(sub));
-                finished = m_outstanding == 0;
-                // Starting a thread costs more than reading a small folder: the helper
-                // only comes when there is a backlog for it.
-                if (int(m_helpers.size()) + 1 < m_threads && m_jobs.size() >= 2)
-                    startHelper();
-            }
-            if (finished || subs.size() > 1)
-                m_wake.notify_all();
-            else if (!subs.empty())
-                m_wake.notify_one();
-        }
-    }
-
-    void startHelper()
-    {
-        if (m_askForCore) {
-            m_askForCore = false;
-            if (!coreToSpare()) {
-                m_threads = 1;
-                return;
-            }
-        }
-        try {
-            m_helpers.emplace_back([this] { work(); });
-        } catch (const std::system_error&) {
-            m_threads = int(m_helpers.size()) + 1; // no more threads to be had: carry on without
-        }
-    }
-
     // Adds the folder's non-folder entries to its root's total; collects the subfolders
     // that stay on the root's device.
     void readDir(DirJob& job, std::vector<DirJob>& subs, std::vector<char>& buffer)
@@ -245,16 +199,10 @@ private:
     }
 
     const std::vector<std::string>& m_paths;
-    int m_threads;     // lowered when no core is idle or the system refuses a thread
-    bool m_askForCore; // whether to check for an idle core before starting the helper
+    const int m_threads;
+    const bool m_askForCore; // whether to check for an idle core before starting the helper
     std::unique_ptr<std::atomic<int64_t>[]> m_totals;
     std::vector<dev_t> m_devs; // written before any thread starts
-
-    std::mutex m_lock;
-    std::condition_variable m_wake;
-    std::vector<DirJob> m_jobs;
-    int64_t m_outstanding = 0; // folders pushed and not yet read
-    std::vector<std::thread> m_helpers;
 };
 
 } // namespace

@@ -69,6 +69,10 @@ TEST(InfoModules, ADriveIsDescribedByItsSpaceNotItsSize)
     EXPECT_EQ(drive.pair(node), std::make_pair(std::string("0 B used"), std::string("0 B")));
     EXPECT_EQ(module("folder-size").text(node), std::nullopt);
     EXPECT_EQ(module("folder-size").text(folderNode("/")), std::nullopt);
+    // Only folders can be volume roots: a file node is never looked up.
+    DirNode file = folderNode("/proc");
+    file.isDir = false;
+    EXPECT_EQ(drive.text(file), std::nullopt);
 }
 
 TEST(InfoModules, AFolderShowsAnEllipsisUntilItsSizeArrives)
