@@ -3,6 +3,7 @@
 #include "app/launch_args.h"
 #include "config/settings_file.h"
 #include "window/app_delegate.h"
+#include "window/gui_messages.h"
 
 #include <QApplication>
 
@@ -31,6 +32,7 @@ int brondelGuiMain(int argc, char** argv)
     for (const auto& arg : args)
         paths.push_back(launchExpandPath(arg, cwd));
 
+    guiInstallMessageHandler(); // before Qt has anything to say
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Brondel"));
     QApplication::setQuitOnLastWindowClosed(true);
