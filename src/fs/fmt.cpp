@@ -71,6 +71,11 @@ std::string dateFmt(int64_t seconds)
 
 size_t fmtDisplayLength(std::string_view text)
 {
+    size_t ascii = 0;
+    while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80)
+        ++ascii;
+    if (ascii == text.size())
+        return ascii; // the common case: one unit per byte
     size_t units = 0;
     uint32_t cp;
     for (size_t i = 0; i < text.size();) {

@@ -3,6 +3,7 @@
 #include "fs/collation.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 namespace {
@@ -22,7 +23,6 @@ Key keyOf(const std::string& sortBy)
 
 struct Entry {
     DirNode* node;
-    size_t index;
     std::string nameKey; // sort keys, only when the folder needs them
     std::string kindKey;
 };
@@ -71,6 +71,17 @@ int collate(Collate how, const NameCollator& collator, const std::string& a, con
     return 0;
 }
 
+// The first eight bytes of a key, big-endian, zero-padded. Keys hold no zero byte where
+// another key could end (ranks and ICU weights are never zero), so comparing prefixes
+// gives the keys' order whenever the prefixes differ.
+uint64_t keyPrefix(const std::string& key)
+{
+    uint64_t prefix = 0;
+    for (size_t i = 0; i < 8; ++i)
+        prefix = (prefix << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0);
+    return prefix;
+}
+
 template <typename T>
 int cmp(const T& a, const T& b)
 {
@@ -99,7 +110,6 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
     std::vector<Entry> entries(nodes.size());
     for (size_t i = 0; i < nodes.size(); ++i) {
         entries[i].node = nodes[i].get();
-        entries[i].index = i;
         entries[i].nameKey = keyFor(byName, collator, nodes[i]->name);
         if (key == Key::Kind)
             entries[i].kindKey = keyFor(byKind, collator, nodes[i]->kind);
@@ -132,10 +142,30 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
             return nameOrder(a, b) < 0;
         return ascending ? c < 0 : c > 0;
     };
-    std::stable_sort(entries.begin(), entries.end(), before);
+    // The entries stay put; small items move instead. When names have byte keys, an item
+    // carries its key's first eight bytes, so most comparisons of a name sort never leave
+    // the item array (the folder's entries are in directory order, scattered in memory).
+    struct Item {
+        uint64_t prefix;
+        uint32_t index;
+        bool dir;
+    };
+    const bool prefixed = key == Key::Name && !entries.empty() && (byName == Collate::Keys || byName == Collate::AsciiKeys);
+    std::vector<Item> items(entries.size());
+    for (uint32_t i = 0; i < items.size(); ++i)
+        items[i] = {prefixed ? keyPrefix(entries[i].nameKey) : 0, i, entries[i].node->isDir};
+    std::stable_sort(items.begin(), items.end(), [&](const Item& a, const Item& b) {
+        if (prefixed) {
+            if (foldersFirst && a.dir != b.dir)
+                return a.dir;
+            if (a.prefix != b.prefix)
+                return ascending ? a.prefix < b.prefix : a.prefix > b.prefix;
+        }
+        return before(entries[a.index], entries[b.index]);
+    });
     std::vector<DirNodePtr> out;
     out.reserve(nodes.size());
-    for (const Entry& e : entries)
-        out.push_back(std::move(nodes[e.index]));
+    for (const Item& item : items)
+        out.push_back(std::move(nodes[item.index]));
     return out;
 }
