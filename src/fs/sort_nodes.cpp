@@ -3,6 +3,7 @@
 #include "fs/collation.h"
 
 #include <algorithm>
+#include <compare>
 #include <cstdint>
 #include <limits>
 
@@ -71,15 +72,23 @@ int collate(Collate how, const NameCollator& collator, const std::string& a, con
     return 0;
 }
 
-// The first eight bytes of a key, big-endian, zero-padded. Keys hold no zero byte where
-// another key could end (ranks and ICU weights are never zero), so comparing prefixes
-// gives the keys' order whenever the prefixes differ.
-uint64_t keyPrefix(const std::string& key)
+// The first sixteen bytes of a key as two big-endian words, zero-padded. Keys hold no
+// zero byte where another key could end (ranks and ICU weights are never zero), so
+// comparing prefixes gives the keys' order whenever the prefixes differ. Sixteen bytes
+// get past the shared words of names like "report_0042.txt" to their numbers.
+struct KeyPrefix {
+    uint64_t high = 0, low = 0;
+    auto operator<=>(const KeyPrefix&) const = default;
+};
+
+KeyPrefix keyPrefix(const std::string& key)
 {
-    uint64_t prefix = 0;
-    for (size_t i = 0; i < 8; ++i)
-        prefix = (prefix << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0);
-    return prefix;
+    KeyPrefix p;
+    for (size_t i = 0; i < 16; ++i) {
+        uint64_t& word = i < 8 ? p.high : p.low;
+        word = (word << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0);
+    }
+    return p;
 }
 
 template <typename T>
@@ -143,17 +152,17 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
         return ascending ? c < 0 : c > 0;
     };
     // The entries stay put; small items move instead. When names have byte keys, an item
-    // carries its key's first eight bytes, so most comparisons of a name sort never leave
+    // carries its key's first sixteen bytes, so most comparisons of a name sort never leave
     // the item array (the folder's entries are in directory order, scattered in memory).
     struct Item {
-        uint64_t prefix;
+        KeyPrefix prefix;
         uint32_t index;
         bool dir;
     };
     const bool prefixed = key == Key::Name && !entries.empty() && (byName == Collate::Keys || byName == Collate::AsciiKeys);
     std::vector<Item> items(entries.size());
     for (uint32_t i = 0; i < items.size(); ++i)
-        items[i] = {prefixed ? keyPrefix(entries[i].nameKey) : 0, i, entries[i].node->isDir};
+        items[i] = {prefixed ? keyPrefix(entries[i].nameKey) : KeyPrefix{}, i, entries[i].node->isDir};
     std::stable_sort(items.begin(), items.end(), [&](const Item& a, const Item& b) {
         if (prefixed) {
             if (foldersFirst && a.dir != b.dir)
