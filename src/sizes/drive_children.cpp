@@ -11,7 +11,7 @@ constexpr int kPoolThreads = 2;
 } // namespace
 
 DriveChildren::DriveChildren()
-    : m_pool(kPoolThreads)
+    : m_pool(kPoolThreads, WorkClass::Utility) // first-level listings of drives
 {
 }
 

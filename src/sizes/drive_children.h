@@ -5,7 +5,7 @@
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
-#include "sizes/work_pool.h"
+#include "fs/work_pool.h"
 
 #include <map>
 #include <mutex>

@@ -20,7 +20,7 @@ FolderSizes::FolderSizes()
 FolderSizes::FolderSizes(Walker walker, VolumeOf volumeOf)
     : m_walker(std::move(walker))
     , m_volumeOf(std::move(volumeOf))
-    , m_pool(kPoolThreads)
+    , m_pool(kPoolThreads, WorkClass::Background) // walks yield to everything else
 {
 }
 

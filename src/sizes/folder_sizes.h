@@ -9,7 +9,7 @@
 // Keys are the paths exactly as asked (no normalisation); sizes stay cached until
 // forget() drops them.
 
-#include "sizes/work_pool.h"
+#include "fs/work_pool.h"
 
 #include <atomic>
 #include <cstdint>

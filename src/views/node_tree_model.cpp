@@ -1,5 +1,6 @@
 #include "views/node_tree_model.h"
 
+#include "fs/background_release.h"
 #include "fs/sort_nodes.h"
 #include "sizes/info_module.h"
 #include "window/scan_service.h"
@@ -19,7 +20,11 @@ NodeTreeModel::NodeTreeModel(DirNodePtr root, std::vector<DirNodePtr> headers, c
     m_top.node = m_root;
 }
 
-NodeTreeModel::~NodeTreeModel() = default;
+NodeTreeModel::~NodeTreeModel()
+{
+    // The rows of a big folder are many small objects: they are freed off the UI thread.
+    releaseInBackground(std::move(m_top.kids));
+}
 
 std::vector<DirNodePtr> NodeTreeModel::childRows(const DirNode& node) const
 {

@@ -1,5 +1,7 @@
 #include "window/brondel_window.h"
 
+#include "fs/background_release.h"
+
 #include "actions/context_menu.h"
 #include "fs/file_io.h"
 #include "fs/volume.h"
@@ -7,6 +9,7 @@
 #include "window/core_bridge.h"
 #include "window/scan_service.h"
 
+#include <utility>
 #include <QApplication>
 #include <QFile>
 #include <QGraphicsOpacityEffect>
@@ -140,11 +143,13 @@ void BrondelWindow::scanThenShow(const std::string& path)
     m_scanPendingGen = gen;
     m_context.later(kDimDelayMs, this, [this, gen] { dimCheck(gen); });
     m_context.scans->scan(path, *m_context.settings, this, [this, gen](DirNodePtr root) {
-        if (m_scanGeneration != gen)
-            return; // the user has moved on: a stale result never overwrites a newer one
+        if (m_scanGeneration != gen) {
+            releaseInBackground(std::move(root)); // the user has moved on: a stale result never shows
+            return;
+        }
         m_scanPendingGen.reset();
         setOpacity(1.0, false);
-        m_rootNode = std::move(root);
+        releaseInBackground(std::exchange(m_rootNode, std::move(root))); // a big tree frees off the UI thread
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty())
             contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
@@ -164,7 +169,7 @@ void BrondelWindow::showComputerRoot()
         return [this, gen, root] {
             if (m_scanGeneration != gen)
                 return;
-            m_rootNode = root;
+            releaseInBackground(std::exchange(m_rootNode, root));
             setTitle(decode(root->name));
             rebuildMode(m_currentMode);
         };

@@ -1,6 +1,7 @@
 #include "window/scan_service.h"
 
 #include "fs/scanner.h"
+#include "fs/work_class.h"
 
 #include <QPointer>
 
@@ -29,6 +30,7 @@ void ScanService::submit(QObject* context, Work work)
     // The guard is made and read on the main thread only; the worker merely carries it.
     QPointer<QObject> guard(context);
     m_pool.start([this, guard, work = std::move(work)] {
+        threadSetWorkClass(WorkClass::UserInitiated); // below the UI thread, above size walks
         std::function<void()> then = work();
         QMetaObject::invokeMethod(
             this,

@@ -1,7 +1,9 @@
 #pragma once
 // A small thread pool owned by the cache that uses it. Threads start on demand, up to a
-// limit, and take tasks in the order they were given. Destroying the pool runs the
+// limit, run at the pool's work class, and take tasks in the order they were given. Destroying the pool runs the
 // tasks still queued (including tasks they add) and joins the threads.
+
+#include "fs/work_class.h"
 
 #include <condition_variable>
 #include <deque>
@@ -12,7 +14,7 @@
 
 class WorkPool {
 public:
-    explicit WorkPool(int maxThreads);
+    WorkPool(int maxThreads, WorkClass work);
     ~WorkPool();
     WorkPool(const WorkPool&) = delete;
     WorkPool& operator=(const WorkPool&) = delete;
@@ -24,6 +26,7 @@ private:
     void loop();
 
     const int m_maxThreads;
+    const WorkClass m_work;
     std::mutex m_lock;
     std::condition_variable m_wake;
     std::deque<std::function<void()>> m_tasks;

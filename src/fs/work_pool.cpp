@@ -1,9 +1,10 @@
-#include "sizes/work_pool.h"
+#include "fs/work_pool.h"
 
 #include <system_error>
 
-WorkPool::WorkPool(int maxThreads)
+WorkPool::WorkPool(int maxThreads, WorkClass work)
     : m_maxThreads(maxThreads < 1 ? 1 : maxThreads)
+    , m_work(work)
 {
 }
 
@@ -37,6 +38,7 @@ void WorkPool::start(std::function<void()> task)
 
 void WorkPool::loop()
 {
+    threadSetWorkClass(m_work);
     std::unique_lock guard(m_lock);
     for (;;) {
         ++m_idle;
