@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <dirent.h>
+#include <optional>
 
 namespace {
 
@@ -38,17 +39,26 @@ size_t entriesIn(const std::string& dir)
     return n;
 }
 
+// Writes that fail `failures` times with `error`, then go through three bytes at a time.
+struct FlakyWrites {
+    SysCalls calls = sysCallsReal();
+    std::optional<SysCallsOverride> seam;
+    FlakyWrites(int failures, int error)
+    {
+        calls.write = flakyWrite;
+        seam.emplace(calls);
+        g_writeFailures = failures;
+        g_failErrno = error;
+    }
+};
+
 } // namespace
 
 TEST(FileIo, AtomicWriteSurvivesInterruptionsAndShortWrites)
 {
     TempTree tree;
     std::string path = tree.path("a/b/file.toml");
-    SysCalls calls = sysCallsReal();
-    calls.write = flakyWrite;
-    SysCallsOverride seam(calls);
-    g_writeFailures = 2;
-    g_failErrno = EINTR;
+    FlakyWrites flaky(2, EINTR);
     ASSERT_TRUE(fileWriteAtomic(path, "hello world\n"));
     EXPECT_EQ(fileReadAll(path), "hello world\n");
     EXPECT_EQ(entriesIn(tree.path("a/b")), 1u);
@@ -58,15 +68,12 @@ TEST(FileIo, FailedWriteKeepsTheOldFileAndLeavesNoTemporary)
 {
     TempTree tree;
     std::string path = tree.file("keep.toml", "old\n");
-    SysCalls calls = sysCallsReal();
-    calls.write = flakyWrite;
-    SysCallsOverride seam(calls);
-    g_writeFailures = 1;
-    g_failErrno = ENOSPC;
+    FlakyWrites flaky(1, ENOSPC);
     EXPECT_FALSE(fileWriteAtomic(path, "new content\n"));
     EXPECT_EQ(fileReadAll(path), "old\n");
     EXPECT_EQ(entriesIn(tree.root()), 1u);
 
+    SysCalls calls = sysCallsReal();
     calls.rename = failingRename;
     SysCallsOverride renameFails(calls);
     EXPECT_FALSE(fileWriteAtomic(path, "new content\n"));
