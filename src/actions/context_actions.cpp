@@ -2,6 +2,7 @@
 
 #include "actions/action_dialogs.h"
 #include "actions/workspace.h"
+#include "config/config_file.h"
 #include "config/pinned_file.h"
 #include "config/recents.h"
 #include "fs/file_io.h"
@@ -16,6 +17,7 @@
 #include <QPointer>
 
 #include <cerrno>
+#include <dirent.h>
 
 namespace {
 
@@ -24,6 +26,37 @@ constexpr int64_t kNewFolderTries = 10000;
 QString decode(const std::string& text)
 {
     return QFile::decodeName(QByteArray::fromStdString(text));
+}
+
+// The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
+// survive the trip through QString, so a component that does not exist as encoded is
+// looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
+std::string chosenPathBytes(const QString& chosen)
+{
+    const std::string encoded = QFile::encodeName(chosen).toStdString();
+    struct stat st;
+    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !chosen.startsWith(QLatin1Char('/')))
+        return encoded;
+    std::string path;
+    for (const QString& part : chosen.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        std::string next = path + "/" + QFile::encodeName(part).toStdString();
+        if (sysCalls().stat(next.c_str(), &st) != 0) {
+            DIR* dir = ::opendir(path.empty() ? "/" : path.c_str());
+            if (!dir)
+                return encoded;
+            next.clear();
+            while (const dirent* entry = ::readdir(dir))
+                if (QFile::decodeName(entry->d_name) == part) {
+                    next = path + "/" + entry->d_name;
+                    break;
+                }
+            ::closedir(dir);
+            if (next.empty())
+                return encoded;
+        }
+        path = std::move(next);
+    }
+    return path.empty() ? encoded : path;
 }
 
 struct TrashFailure {
@@ -45,12 +78,27 @@ void trashAlert(QWidget* parent, const std::vector<TrashFailure>& failed)
 
 } // namespace
 
+void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices)
+{
+    QStringList lines;
+    for (const std::string& notice : notices)
+        lines << decode(notice);
+    ActionDialogs::current().alert(parent, lines.takeFirst(), lines.join(QLatin1Char('\n')));
+}
+
 void ContextActions::edit(const BrowserContext& context, std::function<bool()> change)
 {
     context.editQueue().submit(qApp, [change = std::move(change)]() -> std::function<void()> {
-        if (!change())
-            return [] {};
-        return [] { brondelRefreshAll(); };
+        const bool changed = change();
+        // What the configuration files had to say about this edit: a backup kept, a file
+        // left alone, a folder refused.
+        std::vector<std::string> notices = configNoticesTake();
+        return [changed, notices] {
+            if (changed)
+                brondelRefreshAll();
+            if (!notices.empty())
+                actionNoticesShow(QApplication::activeWindow(), notices);
+        };
     });
 }
 
@@ -164,24 +212,24 @@ void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& s
         ActionDialogs::current().chooseFolders(pane.window(), QStringLiteral("Add to ") + QString::fromStdString(section));
     if (chosen.isEmpty())
         return;
-    std::vector<std::string> folders;
-    for (const QString& folder : chosen)
-        folders.push_back(QFile::encodeName(folder).toStdString());
-    edit(pane.context(), [folders, section] {
+    edit(pane.context(), [chosen, section] {
         bool changed = false;
-        for (const auto& folder : folders)
-            changed |= pinnedAdd(folder, section);
+        for (const QString& folder : chosen)
+            changed |= pinnedAdd(chosenPathBytes(folder), section);
         return changed;
     });
 }
 
 void ContextActions::sectionRename(BrondelWindow& pane, const std::string& section)
 {
+    const QString shown = decode(section);
     auto answer = ActionDialogs::current().prompt(pane.window(), QStringLiteral("Rename Section"),
-        QStringLiteral("New name:"), QString::fromStdString(section));
+        QStringLiteral("New name:"), shown);
     if (!answer)
         return;
-    edit(pane.context(), [section, to = answer->toStdString()] {
+    // A title left as shown keeps its bytes, which need not be UTF-8; typed text is encoded.
+    const std::string to = *answer == shown.trimmed() ? section : QFile::encodeName(*answer).toStdString();
+    edit(pane.context(), [section, to] {
         pinnedRenameSection(section, to);
         return true;
     });
@@ -201,7 +249,7 @@ void ContextActions::sectionNew(BrondelWindow& pane)
         QStringLiteral("Name for the new favorites section:"), QString());
     if (!answer)
         return;
-    edit(pane.context(), [title = answer->toStdString()] { return pinnedAddSection(title); });
+    edit(pane.context(), [title = QFile::encodeName(*answer).toStdString()] { return pinnedAddSection(title); });
 }
 
 void ContextActions::sectionDelete(BrondelWindow& pane, const std::string& section)

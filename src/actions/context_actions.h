@@ -14,6 +14,7 @@
 #include <vector>
 
 class BrondelWindow;
+class QWidget;
 struct BrowserContext;
 
 struct ContextActions {
@@ -46,6 +47,9 @@ struct ContextActions {
     // refreshes when `change` reports that it changed something.
     static void edit(const BrowserContext& context, std::function<bool()> change);
 };
+
+// Shows what the configuration files reported about an edit, in one alert.
+void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices);
 
 // "untitled folder" for 1, then "untitled folder 2", "untitled folder 3", ...
 std::string newFolderName(int64_t number);

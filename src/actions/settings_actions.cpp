@@ -13,10 +13,13 @@ namespace {
 
 void change(const BrowserContext& context, const std::function<void(BrondelSettings&)>& apply)
 {
+    // Only what this change touched reaches the file: it is read again, so a setting
+    // changed meanwhile by `brondel infos` or by hand stays.
     BrondelSettings& settings = Settings::current();
+    const BrondelSettings before = settings;
     apply(settings);
-    ContextActions::edit(context, [copy = settings] {
-        settingsSave(copy);
+    ContextActions::edit(context, [before, after = settings] {
+        settingsUpdate(before, after);
         return true;
     });
 }

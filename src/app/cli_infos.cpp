@@ -42,8 +42,9 @@ int CLIInfos::run(const Args& args, CliOut& out)
         out.line("Unknown info module: " + key + "  (see: brondel infos)");
         return 1;
     }
+    const BrondelSettings before = settings;
     settings.infoOn[key] = args[0] == "on";
-    settingsSave(settings);
+    settingsUpdate(before, settings);
     printModules(settings, out);
     return 0;
 }

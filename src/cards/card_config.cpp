@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 
 namespace {
 
@@ -109,6 +110,30 @@ std::string cardConfigFormat(const std::string& key, const CardConfig& c)
     return text;
 }
 
+bool cardConfigLossy(std::string_view text)
+{
+    // A value that does not parse leaves its field as it was: set on two configurations
+    // that differ in every field, it then leaves them different.
+    CardConfig other;
+    other.layout = "-", other.group = "-", other.sort = "-", other.ascending = true, other.thumbs = false;
+    other.iconSize = 17, other.collapsed = false, other.hidden = {"-"}, other.legendRows = 2, other.tileWidth = 141;
+    std::set<std::string> seen;
+    for (std::string_view line : configSplitLines(text)) {
+        std::string_view kept = configTrim(line.substr(0, line.find('#')));
+        if (kept.empty())
+            continue;
+        auto kv = configCardKeyValue(line);
+        if (!kv || !seen.insert(kv->first).second)
+            return true;
+        CardConfig a, b = other;
+        if (!cardConfigSet(a, kv->first, kv->second) || !cardConfigSet(b, kv->first, kv->second))
+            return true;
+        if (a != b)
+            return true;
+    }
+    return false;
+}
+
 CardConfig cardConfigLoad(const std::string& key, std::string_view family)
 {
     auto text = configRead(cardConfigPath(key));
@@ -117,7 +142,7 @@ CardConfig cardConfigLoad(const std::string& key, std::string_view family)
 
 void cardConfigSave(const std::string& key, const CardConfig& config)
 {
-    configWrite(cardConfigPath(key), cardConfigFormat(key, config));
+    configRewrite(cardConfigPath(key), cardConfigFormat(key, config), {ConfigBytes::Utf8Only, cardConfigLossy});
 }
 
 std::string cardGroupKey(const CardConfig& config, std::string_view windowSortBy)

@@ -37,13 +37,17 @@ bool cardConfigSet(CardConfig& config, std::string_view field, std::string_view 
 // The family's defaults overlaid with every line of `text`; later lines win.
 CardConfig cardConfigParse(std::string_view text, std::string_view family);
 
+// Whether rewriting the file from what cardConfigParse made of `text` loses something:
+// a line without "=", an unknown or repeated key, a number that does not parse.
+bool cardConfigLossy(std::string_view text);
+
 // The whole file in its fixed eleven-line layout.
 std::string cardConfigFormat(const std::string& key, const CardConfig& config);
 
 // The card's configuration as its file says now (the defaults when it cannot be read).
 CardConfig cardConfigLoad(const std::string& key, std::string_view family);
 
-// Rewrites the whole file atomically; failures are absorbed.
+// Rewrites the whole file atomically (see configRewrite); failures are absorbed.
 void cardConfigSave(const std::string& key, const CardConfig& config);
 
 // The grouper key the card uses: `group` unless it is "auto", which follows the card's

@@ -118,6 +118,38 @@ std::vector<std::string> configQuotedStrings(std::string_view line)
     }
 }
 
+namespace {
+
+// The line without its quoted strings, spaces and commas; nothing when a quote is unpaired.
+std::optional<std::string> outsideQuotes(std::string_view line)
+{
+    std::string rest;
+    bool quoted = false;
+    for (char c : line) {
+        if (c == '"')
+            quoted = !quoted;
+        else if (!quoted && c != ' ' && c != '\t' && c != ',')
+            rest += c;
+    }
+    if (quoted)
+        return std::nullopt;
+    return rest;
+}
+
+} // namespace
+
+bool configPathLineLossy(std::string_view line)
+{
+    std::optional<std::string> rest = outsideQuotes(line);
+    return !rest || !(rest->empty() || *rest == "paths=[" || *rest == "]" || *rest == "paths=[]" || *rest == "[");
+}
+
+bool configTitleLineLossy(std::string_view line)
+{
+    std::optional<std::string> rest = outsideQuotes(line);
+    return !rest || *rest != "title=" || configQuotedStrings(line).size() != 1;
+}
+
 bool configBool(std::string_view value)
 {
     return value == "true";

@@ -28,6 +28,15 @@ std::optional<std::pair<std::string, std::string>> configCardKeyValue(std::strin
 // Quoted-string scheme: the texts between the 1st and 2nd, 3rd and 4th, ... double quote.
 std::vector<std::string> configQuotedStrings(std::string_view line);
 
+// Whether a line of quoted paths (favourites, sidebar; already trimmed, not a title or
+// comment line) holds something its reader drops: an unpaired quote, or text outside the
+// quotes other than the "paths = [", "]" and comma punctuation the files are written with.
+bool configPathLineLossy(std::string_view line);
+
+// Whether a title line (`title = "..."`) is read whole: exactly one quoted string,
+// nothing but "title =" outside it.
+bool configTitleLineLossy(std::string_view line);
+
 // Boolean rule: exactly "true" is true.
 bool configBool(std::string_view value);
 

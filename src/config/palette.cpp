@@ -35,7 +35,7 @@ Palette pinnedPalette()
 {
     const std::string path = palettePath();
     if (!configExists(path))
-        configWrite(path, kPaletteDefaultText);
+        configRewrite(path, kPaletteDefaultText, {});
     Palette palette;
     if (auto text = configRead(path))
         palette = paletteParse(*text);

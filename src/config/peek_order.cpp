@@ -38,7 +38,7 @@ std::vector<std::string> peekOrderLoad()
 
 bool peekOrderSave(const std::vector<std::string>& names)
 {
-    return configWrite(peekOrderPath(), peekOrderFormat(names));
+    return configRewrite(peekOrderPath(), peekOrderFormat(names), {}).status == ConfigWriteStatus::Written;
 }
 
 std::vector<const LabVariant*> peekOrderApply(const std::vector<std::string>& saved)

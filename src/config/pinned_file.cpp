@@ -72,6 +72,16 @@ bool edit(Change change)
     return true;
 }
 
+// A section title that the file cannot store is refused with a notice.
+bool titleStorable(const std::string& title)
+{
+    std::optional<std::string> what = configUnstorable(title);
+    if (what)
+        configNotice("The section title \u201c" + title + "\u201d holds " + *what
+            + ", which pinned.toml cannot store; the favorites were left as they are.");
+    return !what;
+}
+
 } // namespace
 
 PinnedFile pinnedParse(std::string_view text)
@@ -108,6 +118,31 @@ std::string pinnedFormat(const std::string& header, const std::vector<PinnedSec>
     return out;
 }
 
+bool pinnedLossy(std::string_view text)
+{
+    bool inSection = false, titled = false;
+    for (std::string_view raw : configSplitLines(text)) {
+        std::string_view line = configTrim(raw);
+        if (line == "[[section]]") {
+            inSection = true;
+            titled = false;
+        } else if (!inSection || line.empty() || line.starts_with('#')) {
+            continue; // the header is kept as it stands
+        } else if (line.starts_with("title")) {
+            if (titled || configTitleLineLossy(line))
+                return true; // a second title replaces the first; an unclosed one is dropped
+            titled = true;
+        } else if (line.starts_with("color")) {
+            size_t eq = line.find('=');
+            if (eq == std::string_view::npos || !configParseDouble(configTrim(line.substr(eq + 1))))
+                return true;
+        } else if (configPathLineLossy(line)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 PinnedFile pinnedRead()
 {
     auto text = configRead(pinnedFilePath(), ConfigBytes::Any);
@@ -118,11 +153,18 @@ PinnedFile pinnedRead()
 
 bool pinnedWrite(const std::string& header, const std::vector<PinnedSec>& secs)
 {
-    return configWrite(pinnedFilePath(), pinnedFormat(header, secs));
+    return configRewrite(pinnedFilePath(), pinnedFormat(header, secs), {ConfigBytes::Any, pinnedLossy}).status
+        == ConfigWriteStatus::Written;
 }
 
 bool pinnedAdd(const std::string& path, const std::string& section)
 {
+    if (std::optional<std::string> what = configUnstorable(path)) {
+        configNotice(configRefusedPath(path, "the favorites", *what, "pinned.toml"));
+        return false;
+    }
+    if (!titleStorable(section))
+        return false;
     return edit([&](std::vector<PinnedSec>& secs) {
         if (findPath(secs, path))
             return false;
@@ -174,6 +216,8 @@ std::vector<std::string> pinnedSectionTitles()
 
 bool pinnedAddSection(const std::string& title)
 {
+    if (!titleStorable(title))
+        return false;
     return edit([&](std::vector<PinnedSec>& secs) {
         if (findSection(secs, title))
             return false;
@@ -184,6 +228,8 @@ bool pinnedAddSection(const std::string& title)
 
 void pinnedRenameSection(const std::string& from, const std::string& to)
 {
+    if (!titleStorable(to))
+        return;
     edit([&](std::vector<PinnedSec>& secs) {
         auto i = findSection(secs, from);
         if (!i || to.empty())

@@ -28,6 +28,11 @@ inline constexpr std::string_view kPinnedDefaultHeader = "# Brondel favorites \u
 // Reads a file's text. Lines before the first "[[section]]" form the header.
 PinnedFile pinnedParse(std::string_view text);
 
+// Whether rewriting the file from what pinnedParse made of `text` loses something of a
+// section: an unclosed or second title, a colour that is not a number, an unpaired quote
+// or stray text on a path line (a mistyped "[[section]" line).
+bool pinnedLossy(std::string_view text);
+
 // The whole file in its fixed layout.
 std::string pinnedFormat(const std::string& header, const std::vector<PinnedSec>& secs);
 
@@ -42,7 +47,8 @@ bool pinnedWrite(const std::string& header, const std::vector<PinnedSec>& secs);
 
 // Pins `path` at the end of the first section titled `section`, creating that section
 // at the end of the file when there is none. False when the folder is already pinned
-// anywhere in the file.
+// anywhere in the file, or when its path (or the title) holds a double quote or a line
+// break, which the file cannot store (a notice says so).
 bool pinnedAdd(const std::string& path, const std::string& section);
 // Unpins every entry of `path`. An emptied section stays in the file.
 bool pinnedRemove(const std::string& path);

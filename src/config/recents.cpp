@@ -38,14 +38,20 @@ std::vector<std::string> recentsLoad()
 
 void recentsNote(const std::string& path, const BrondelSettings& settings)
 {
+    // One path per line: a folder whose name holds a line break would read back as two.
+    if (path.find('\n') != std::string::npos)
+        return;
     std::vector<std::string> paths = recentsLoad();
     std::erase(paths, path);
     paths.insert(paths.begin(), path);
     paths.resize(std::min(paths.size(), size_t(std::max<int64_t>(settings.recentCount, 0))));
-    configWrite(recentsPath(), recentsFormat(paths));
+    configRewrite(recentsPath(), recentsFormat(paths), {ConfigBytes::Any, nullptr});
 }
 
 void recentsClear()
 {
-    fileWriteAtomic(recentsPath(), "", ParentDirs::Keep);
+    // Clearing does not create the configuration folder: with none there is nothing to
+    // clear.
+    if (configExists(pathParent(recentsPath())))
+        configRewrite(recentsPath(), "", {ConfigBytes::Any, nullptr});
 }

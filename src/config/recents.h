@@ -18,7 +18,8 @@ std::string recentsFormat(const std::vector<std::string>& paths);
 std::vector<std::string> recentsLoad();
 
 // Moves `path` (exact string) to the front and keeps settings.recentCount entries;
-// folders that vanished drop out. Creates the configuration folder when needed.
+// folders that vanished drop out. Creates the configuration folder when needed. A path
+// holding a line break is not noted (it would read back as two).
 void recentsNote(const std::string& path, const BrondelSettings& settings);
 
 // Empties the list. Writes nothing when the configuration folder does not exist.

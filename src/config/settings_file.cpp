@@ -4,6 +4,7 @@
 #include "config/config_text.h"
 
 #include <algorithm>
+#include <set>
 #include <variant>
 
 namespace {
@@ -52,6 +53,34 @@ void apply(BrondelSettings& s, const Field& field, const std::string& value)
     }
 }
 
+// The field's value as the file writes it (strings without their quotes).
+std::string valueText(const BrondelSettings& s, const Field& field)
+{
+    if (auto m = std::get_if<bool BrondelSettings::*>(&field.member))
+        return s.*(*m) ? "true" : "false";
+    if (auto m = std::get_if<int64_t BrondelSettings::*>(&field.member))
+        return std::to_string(s.*(*m));
+    return s.*std::get<std::string BrondelSettings::*>(field.member);
+}
+
+bool sameValue(const BrondelSettings& a, const BrondelSettings& b, const Field& field)
+{
+    return std::visit([&](auto member) { return a.*member == b.*member; }, field.member);
+}
+
+void copyValue(const BrondelSettings& from, BrondelSettings& to, const Field& field)
+{
+    std::visit([&](auto member) { to.*member = from.*member; }, field.member);
+}
+
+const Field* findField(std::string_view key)
+{
+    for (const Field& field : kFields)
+        if (key == field.key)
+            return &field;
+    return nullptr;
+}
+
 } // namespace
 
 BrondelSettings settingsParse(std::string_view text)
@@ -66,25 +95,61 @@ BrondelSettings settingsParse(std::string_view text)
             s.infoOn[key.substr(kInfoPrefix.size())] = configBool(value);
             continue;
         }
-        for (const Field& field : kFields)
-            if (key == field.key)
-                apply(s, field, value);
+        if (const Field* field = findField(key))
+            apply(s, *field, value);
     }
     return s;
+}
+
+bool settingsLossy(std::string_view text)
+{
+    std::set<std::string> seen;
+    for (std::string_view line : configSplitLines(text)) {
+        std::string_view trimmed = configTrim(line);
+        if (trimmed.empty() || trimmed.starts_with('#'))
+            continue;
+        auto kv = configKeyValue(line);
+        if (!kv || !seen.insert(kv->first).second) // a repeated key: the earlier one is dropped
+            return true;
+        const auto& [key, value] = *kv;
+        if (std::string_view(key).starts_with(kInfoPrefix)) {
+            if (value != "true" && value != "false")
+                return true;
+            continue;
+        }
+        const Field* field = findField(key);
+        if (!field)
+            return true;
+        // The value must be written back exactly as it stands (a quote inside would not).
+        BrondelSettings applied;
+        apply(applied, *field, value);
+        if (valueText(applied, *field) != value || value.find('"') != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+void settingsMerge(const BrondelSettings& before, const BrondelSettings& after, BrondelSettings& onto)
+{
+    for (const Field& field : kFields)
+        if (!sameValue(before, after, field))
+            copyValue(after, onto, field);
+    for (const auto& [key, on] : after.infoOn)
+        if (auto it = before.infoOn.find(key); it == before.infoOn.end() || it->second != on)
+            onto.infoOn[key] = on;
+    for (const auto& [key, on] : before.infoOn)
+        if (!after.infoOn.contains(key))
+            onto.infoOn.erase(key);
 }
 
 std::string settingsFormat(const BrondelSettings& s)
 {
     std::string out = "# Brondel settings \u2014 edited by Brondel \u2192 Settings\u2026, or by hand.\n";
     for (const Field& field : kFields) {
+        const bool quoted = std::holds_alternative<std::string BrondelSettings::*>(field.member);
         out += field.key;
         out += " = ";
-        if (auto m = std::get_if<bool BrondelSettings::*>(&field.member))
-            out += s.*(*m) ? "true" : "false";
-        else if (auto m = std::get_if<int64_t BrondelSettings::*>(&field.member))
-            out += std::to_string(s.*(*m));
-        else if (auto m = std::get_if<std::string BrondelSettings::*>(&field.member))
-            out += "\"" + s.*(*m) + "\"";
+        out += quoted ? "\"" + valueText(s, field) + "\"" : valueText(s, field);
         if (field.comment)
             out += field.comment;
         out += "\n";
@@ -106,9 +171,21 @@ BrondelSettings settingsLoad()
     return text ? settingsParse(*text) : BrondelSettings{};
 }
 
+namespace {
+const ConfigFormat kSettingsFormat{ConfigBytes::Utf8Only, settingsLossy};
+}
+
 bool settingsSave(const BrondelSettings& settings)
 {
-    return configWrite(settingsPath(), settingsFormat(settings));
+    return configRewrite(settingsPath(), settingsFormat(settings), kSettingsFormat).status
+        == ConfigWriteStatus::Written;
+}
+
+bool settingsUpdate(const BrondelSettings& before, const BrondelSettings& after)
+{
+    BrondelSettings onDisk = settingsLoad();
+    settingsMerge(before, after, onDisk);
+    return settingsSave(onDisk);
 }
 
 BrondelSettings& Settings::current()

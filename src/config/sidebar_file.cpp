@@ -43,6 +43,24 @@ SidebarFile sidebarParse(std::string_view text)
     return file;
 }
 
+bool sidebarLossy(std::string_view text)
+{
+    bool titled = false;
+    for (std::string_view raw : configSplitLines(text)) {
+        std::string_view line = configTrim(raw);
+        if (line.empty() || line.starts_with('#'))
+            continue;
+        if (line.starts_with("title")) {
+            if (titled || configTitleLineLossy(line))
+                return true;
+            titled = true;
+        } else if (configPathLineLossy(line)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string sidebarFormat(const std::string& title, const std::vector<std::string>& paths)
 {
     std::string out = "# Brondel sidebar \u2014 top section. Edit here or right-click sidebar rows / folders.\n";
@@ -65,11 +83,16 @@ SidebarFile sidebarRead()
 
 bool sidebarWrite(const std::string& title, const std::vector<std::string>& paths)
 {
-    return configWrite(sidebarFilePath(), sidebarFormat(title, paths));
+    return configRewrite(sidebarFilePath(), sidebarFormat(title, paths), {ConfigBytes::Any, sidebarLossy}).status
+        == ConfigWriteStatus::Written;
 }
 
 bool sidebarAdd(const std::string& path)
 {
+    if (std::optional<std::string> what = configUnstorable(path)) {
+        configNotice(configRefusedPath(path, "the sidebar", *what, "sidebar.toml"));
+        return false;
+    }
     return edit([&](SidebarFile& file) {
         if (std::any_of(file.paths.begin(), file.paths.end(), [&](const std::string& p) { return configSamePath(p, path); }))
             return false;
@@ -95,6 +118,11 @@ void sidebarShift(const std::string& path, int64_t by)
 
 void sidebarRename(const std::string& title)
 {
+    if (std::optional<std::string> what = configUnstorable(title)) {
+        configNotice("The sidebar title \u201c" + title + "\u201d holds " + *what
+            + ", which sidebar.toml cannot store; the sidebar was left as it is.");
+        return;
+    }
     edit([&](SidebarFile& file) {
         file.title = title;
         return true;

@@ -19,6 +19,10 @@ SidebarFile sidebarDefaults();
 // Title line, comments and paths: every quoted string on any other line is a path.
 SidebarFile sidebarParse(std::string_view text);
 
+// Whether rewriting the file from what sidebarParse made of `text` loses something: an
+// unclosed or second title, an unpaired quote or stray text on a path line.
+bool sidebarLossy(std::string_view text);
+
 // The whole file in its fixed layout.
 std::string sidebarFormat(const std::string& title, const std::vector<std::string>& paths);
 
@@ -30,7 +34,8 @@ SidebarFile sidebarRead();
 bool sidebarWrite(const std::string& title, const std::vector<std::string>& paths);
 
 // The edits. `path` is absolute; stored entries match it after tilde expansion.
-// Appends `path` ("~"-abbreviated inside the home folder); false when already there.
+// Appends `path` ("~"-abbreviated inside the home folder); false when already there, or
+// when the path holds a double quote or a line break (refused with a notice).
 bool sidebarAdd(const std::string& path);
 // Removes every entry of `path`; false when there was none.
 bool sidebarRemove(const std::string& path);

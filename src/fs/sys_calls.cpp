@@ -12,7 +12,7 @@ int realFstatat(int dirfd, const char* path, struct stat* st, int flags) { retur
 
 const SysCalls kReal = {
     realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
-    ::mkdir, ::stat, ::lstat, realFstatat, ::statx,
+    ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

@@ -24,6 +24,9 @@ struct SysCalls {
     int (*lstat)(const char* path, struct stat* st);
     int (*fstatat)(int dirfd, const char* path, struct stat* st, int flags);
     int (*statx)(int dirfd, const char* path, int flags, unsigned mask, struct statx* st);
+    ssize_t (*readlink)(const char* path, char* buf, size_t size);
+    int (*fchmod)(int fd, mode_t mode);
+    int (*fstat)(int fd, struct stat* st);
 };
 
 // The table in force (the real calls unless a test overrides them).

@@ -15,6 +15,8 @@ TrashOp::Outcome TrashOp::trash(const std::string& path)
 
 std::string TrashOp::describe(int error)
 {
+    if (error == kTrashErrorInTrash)
+        return "The item is in the Trash already";
     char buf[256];
     // The GNU strerror_r returns the text, which need not be in buf.
     return ::strerror_r(error, buf, sizeof buf);

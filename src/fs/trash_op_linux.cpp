@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <dirent.h>
+#include <map>
 #include <memory>
 
 namespace {
@@ -121,36 +123,17 @@ int trashPrepare(const std::string& dir, TrashLinks links)
     return 0;
 }
 
-// Puts the fully written record `temp` in place as `info`, failing with EEXIST when that
-// name is taken. A hard link does both in one step, so no reader ever sees a partial
-// record; on a file system without hard links the name is reserved empty and the record
-// renamed over it. 0 or an errno; `tempUsed` is set once `temp` has become `info`.
-int infoPlace(const std::string& temp, const std::string& info, bool& linkable, bool& tempUsed)
-{
-    if (linkable) {
-        if (retryEintr([&] { return sysCalls().link(temp.c_str(), info.c_str()); }) == 0)
-            return 0;
-        if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS)
-            return errno;
-        linkable = false;
-    }
-    int fd = sysOpen(info.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600);
-    if (fd < 0)
-        return errno;
-    sysClose(fd);
-    if (retryEintr([&] { return sysCalls().rename(temp.c_str(), info.c_str()); }) != 0) {
-        int error = errno;
-        sysCalls().unlink(info.c_str()); // the empty reservation made just above
-        return error;
-    }
-    tempUsed = true;
-    return 0;
-}
+// The prefix of our record temporaries in info/. The temporary stays, a second link to
+// the record, until the item itself has moved: a leftover one thus marks the record of
+// a move that a killed process never finished, and nothing else.
+const std::string kTempStem = "/.brondel";
 
 TrashMove trashMoveInto(const std::string& trash, const Item& item, const std::string& infoText)
 {
     const std::string filesDir = trash + "/files", infoDir = trash + "/info";
-    std::optional<std::string> temp = fileWriteTemp(infoDir + "/.brondel", infoText);
+    if (fileSweepDue(infoDir))
+        trashRemoveOrphans(trash, std::time(nullptr));
+    std::optional<std::string> temp = fileWriteTemp(infoDir + kTempStem, infoText, 0600);
     if (!temp)
         return {{}, errno};
 
@@ -169,7 +152,7 @@ TrashMove trashMoveInto(const std::string& trash, const Item& item, const std::s
             break;
         }
         std::string record = infoDir + "/" + name + std::string(kInfoSuffix);
-        error = infoPlace(*temp, record, linkable, tempUsed);
+        error = filePlaceNew(*temp, record, linkable, tempUsed);
         if (error == EEXIST)
             continue;
         if (error == 0) {
@@ -178,17 +161,50 @@ TrashMove trashMoveInto(const std::string& trash, const Item& item, const std::s
         }
         break;
     }
-    if (!tempUsed)
-        sysCalls().unlink(temp->c_str());
-    if (files.empty())
+    if (files.empty()) {
+        if (!tempUsed)
+            sysCalls().unlink(temp->c_str());
         return {{}, error};
+    }
 
     if (retryEintr([&] { return sysCalls().rename(item.path.c_str(), files.c_str()); }) != 0) {
         error = errno;
         sysCalls().unlink(info.c_str()); // our own record of a move that did not happen
+        if (!tempUsed)
+            sysCalls().unlink(temp->c_str());
         return {{}, error};
     }
+    if (!tempUsed)
+        sysCalls().unlink(temp->c_str());
     return {files, 0};
+}
+
+// Whether `path` (absolute, its folders resolved) is a trash folder of user `uid` or lies
+// inside one: the home trash, or a volume's .Trash-<uid> or .Trash/<uid>.
+bool insideTrash(const std::string& path, const std::string& homeTrash, uid_t uid)
+{
+    auto within = [&](const std::string& dir) {
+        return !dir.empty() && (path == dir || path.starts_with(dir == "/" ? dir : dir + "/"));
+    };
+    if (within(homeTrash))
+        return true;
+    if (std::optional<std::string> real = realPath(homeTrash); real && within(*real))
+        return true;
+    const std::string id = std::to_string(uid);
+    std::string previous;
+    size_t start = 0;
+    while (start < path.size()) {
+        size_t slash = path.find('/', start);
+        std::string part = path.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        if (part == ".Trash-" + id || (previous == ".Trash" && part == id))
+            return true;
+        if (!part.empty())
+            previous = part;
+        if (slash == std::string::npos)
+            break;
+        start = slash + 1;
+    }
+    return false;
 }
 
 } // namespace
@@ -281,6 +297,55 @@ std::string trashCandidateName(const std::string& base, int n)
     return stem + suffix;
 }
 
+size_t trashRemoveOrphans(const std::string& trash, std::time_t now)
+{
+    const std::string infoDir = trash + "/info", filesDir = trash + "/files";
+    DIR* d = ::opendir(infoDir.c_str());
+    if (!d)
+        return 0;
+    // Our leftover temporaries, and the records by inode to find the ones they mark.
+    std::vector<std::pair<std::string, struct stat>> leftovers;
+    std::map<ino_t, std::string> records;
+    while (const dirent* entry = ::readdir(d)) {
+        std::string_view name = entry->d_name;
+        struct stat st;
+        const std::string path = infoDir + "/" + entry->d_name;
+        if (name.ends_with(kInfoSuffix)) {
+            if (entry->d_type == DT_REG || entry->d_type == DT_UNKNOWN)
+                records.emplace(entry->d_ino, std::string(name));
+            continue;
+        }
+        std::optional<pid_t> writer = fileTempWriter(name);
+        if (!writer || !name.starts_with(std::string_view(kTempStem).substr(1)))
+            continue;
+        if (lstatRetry(path, st) == 0 && S_ISREG(st.st_mode) && fileTempIsStale(*writer, st.st_mtime, now))
+            leftovers.emplace_back(path, st);
+    }
+    ::closedir(d);
+
+    constexpr std::time_t kSettled = 60;
+    size_t removed = 0;
+    for (const auto& [temp, st] : leftovers) {
+        if (st.st_nlink > 1) {
+            auto record = records.find(st.st_ino);
+            if (record == records.end())
+                continue; // the other link is somewhere we do not look: leave both
+            const std::string stem = record->second.substr(0, record->second.size() - kInfoSuffix.size());
+            struct stat item;
+            const bool moved = lstatRetry(filesDir + "/" + stem, item) == 0 || errno != ENOENT;
+            if (!moved) {
+                if (now - st.st_mtime < kSettled)
+                    continue; // look again at a later write
+                if (sysCalls().unlink((infoDir + "/" + record->second).c_str()) != 0)
+                    continue;
+                ++removed;
+            }
+        }
+        sysCalls().unlink(temp.c_str());
+    }
+    return removed;
+}
+
 TrashMove trashMoveLinux(const std::string& path, std::time_t now)
 {
     Item item;
@@ -288,6 +353,8 @@ TrashMove trashMoveLinux(const std::string& path, std::time_t now)
         return {{}, error};
 
     const std::string home = trashHomeDir();
+    if (insideTrash(item.path, home, ::getuid()))
+        return {{}, kTrashErrorInTrash};
     std::string topdir; // empty: the home trash
     std::vector<std::string> dirs;
     TrashLinks links = TrashLinks::Refuse;

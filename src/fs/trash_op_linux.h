@@ -20,9 +20,19 @@ struct TrashMove {
     int error = 0;
 };
 
+// The error of an item that is itself a trash folder or lies inside one: trashing it
+// again would leave a record that points at nothing. Outside the errno range.
+inline constexpr int kTrashErrorInTrash = 0x10000;
+
 // Moves the item at `path` into the trash of its device, recording `now` as its
 // deletion time.
 TrashMove trashMoveLinux(const std::string& path, std::time_t now);
+
+// Removes what killed trash moves left in `trash`: our stale record temporaries, and a
+// record they mark whose item never reached files/ and that is older than a minute.
+// Records anyone else wrote carry no such mark and are never touched. How many records
+// went.
+size_t trashRemoveOrphans(const std::string& trash, std::time_t now);
 
 // The home trash: $XDG_DATA_HOME/Trash, or ~/.local/share/Trash when that variable is
 // unset or not absolute.

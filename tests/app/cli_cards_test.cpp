@@ -62,7 +62,7 @@ TEST_F(CliCards, PrintsTheDrivesMenu)
 
 TEST_F(CliCards, PrintsAGroupedDownloadsMenu)
 {
-    ASSERT_TRUE(configWrite(cardConfigPath("downloads"), "group = \"date\"\nhidden = \"Today\"\nsort = \"size\"\n"
+    ASSERT_TRUE(fileWriteAtomic(cardConfigPath("downloads"), "group = \"date\"\nhidden = \"Today\"\nsort = \"size\"\n"
                                                          "ascending = true\nthumbs = false\nicon_size = 40\n"));
     EXPECT_EQ(run({"downloads", "menu"}), "  Layout\n"
                                           "  \u2713 Rows\n"
@@ -127,7 +127,7 @@ TEST_F(CliCards, UnknownCardsAndUsage)
 // The binary itself: no session bus, settings that hide the Downloads cards.
 TEST_F(CliCards, BinaryPrintsOnlyToStdout)
 {
-    ASSERT_TRUE(configWrite(settingsPath(), "show_downloads = false\ndrives_title = \"Disks\"\n"));
+    ASSERT_TRUE(fileWriteAtomic(settingsPath(), "show_downloads = false\ndrives_title = \"Disks\"\n"));
     const std::string bin = "env -u DISPLAY DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent '" + testBrondel() + "'";
     std::string out, err;
     EXPECT_EQ(testRun(bin + " cards", &out, &err), 0);

@@ -106,7 +106,7 @@ TEST(CardConfig, SavesAndLoadsThroughTheCardsFolder)
     EXPECT_EQ(cardConfigPath("drives"), testHome() + "/.brondel/cards/drives.toml");
     EXPECT_EQ(cardConfigLoad("never-saved", "drives"), CardConfig::defaults("drives"));
 
-    ASSERT_TRUE(configWrite(cardConfigPath("partial"), "collapsed = false\n"));
+    ASSERT_TRUE(fileWriteAtomic(cardConfigPath("partial"), "collapsed = false\n"));
     CardConfig partial = cardConfigLoad("partial", "files");
     CardConfig expect = CardConfig::defaults("files");
     expect.collapsed = false;
@@ -119,7 +119,7 @@ TEST(CardConfig, SavesAndLoadsThroughTheCardsFolder)
     EXPECT_EQ(cardConfigLoad("partial", "files"), partial);
 
     // Not UTF-8: the whole file counts as unreadable.
-    ASSERT_TRUE(configWrite(cardConfigPath("bytes"), "layout = \"grid\"\n\xff\n"));
+    ASSERT_TRUE(fileWriteAtomic(cardConfigPath("bytes"), "layout = \"grid\"\n\xff\n"));
     EXPECT_EQ(cardConfigLoad("bytes", "files"), CardConfig::defaults("files"));
 }
 

@@ -55,7 +55,7 @@ TEST(CardMenu, ChoosingReloadsTheFileFirst)
     const std::string key = "reload";
     auto menu = cardMenu(key, "files", BrondelSettings{});
     // Meanwhile someone edits the file by hand.
-    ASSERT_TRUE(configWrite(cardConfigPath(key), "layout = \"list\"\ngroup = \"kind\"\n"));
+    ASSERT_TRUE(fileWriteAtomic(cardConfigPath(key), "layout = \"list\"\ngroup = \"kind\"\n"));
 
     EXPECT_FALSE(cardMenuChoose(find(menu, "Ascending"), key, "files"));
     CardConfig now = cardConfigLoad(key, "files");
@@ -100,7 +100,7 @@ TEST(CardMenu, DrivesItemsAndSettingsFile)
     EXPECT_EQ(cardMenuChoose(open, key, "drives"), cardConfigPath(key));
     EXPECT_EQ(fileReadAll(cardConfigPath(key)), cardConfigFormat(key, CardConfig::defaults("drives")));
     // An existing file is opened as it is.
-    ASSERT_TRUE(configWrite(cardConfigPath(key), "# mine\n"));
+    ASSERT_TRUE(fileWriteAtomic(cardConfigPath(key), "# mine\n"));
     cardMenuChoose(open, key, "drives");
     EXPECT_EQ(fileReadAll(cardConfigPath(key)), "# mine\n");
 

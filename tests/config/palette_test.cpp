@@ -24,9 +24,9 @@ TEST_F(PaletteTest, LenientLinesAndTheBlueFallback)
 {
     EXPECT_EQ(paletteParse("Gray = none\n# Cyan = 0.5\nnoequals\n  Mint=0.45  \nMint = 2\nX = 0.1 # c\nY = 0.2\r\n"),
               (Palette{{"Mint", 0.45}, {"Mint", 2}}));
-    configWrite(m_path, "# only comments\n");
+    fileWriteAtomic(m_path, "# only comments\n");
     EXPECT_EQ(pinnedPalette(), (Palette{{"Blue", 0.58}}));
-    configWrite(m_path, "Odd = 0.5\n\xff\n"); // not UTF-8: unreadable
+    fileWriteAtomic(m_path, "Odd = 0.5\n\xff\n"); // not UTF-8: unreadable
     EXPECT_EQ(pinnedPalette(), (Palette{{"Blue", 0.58}}));
 }
 

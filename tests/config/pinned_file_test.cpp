@@ -10,7 +10,7 @@ namespace {
 class PinnedFileTest : public ConfigFileTest {
 protected:
     PinnedFileTest() : ConfigFileTest("BRONDEL_PINNED", "conf/pinned.toml") {}
-    void put(const std::string& text) { ASSERT_TRUE(configWrite(m_path, text)); }
+    void put(const std::string& text) { ASSERT_TRUE(fileWriteAtomic(m_path, text)); }
 };
 
 const std::string kHeader(kPinnedDefaultHeader);

@@ -10,7 +10,7 @@ namespace {
 // The default palette (written at ~/.brondel/palette.toml on first use) colours them.
 class PinnedNodesTest : public ConfigFileTest {
 protected:
-    PinnedNodesTest() : ConfigFileTest("BRONDEL_PINNED", "pinned.toml") { configWrite(recentsPath(), ""); }
+    PinnedNodesTest() : ConfigFileTest("BRONDEL_PINNED", "pinned.toml") { fileWriteAtomic(recentsPath(), ""); }
 };
 
 TEST_F(PinnedNodesTest, HeadersCarryExistingEntriesThenRecent)

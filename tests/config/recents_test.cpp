@@ -10,7 +10,7 @@ namespace {
 
 class RecentsTest : public ::testing::Test {
 protected:
-    void SetUp() override { configWrite(recentsPath(), ""); }
+    void SetUp() override { fileWriteAtomic(recentsPath(), ""); }
     std::string text() const { return fileReadAll(recentsPath()).value_or("<missing>"); }
     void note(const std::string& path, int64_t count = 8)
     {
@@ -42,7 +42,7 @@ TEST_F(RecentsTest, NotesMostRecentFirstWithinTheCount)
 TEST_F(RecentsTest, VanishedAndBlankLinesDropOut)
 {
     std::string kept = m_tree.dir("kept"), gone = m_tree.path("gone");
-    configWrite(recentsPath(), gone + "\n\n" + kept + "\n " + kept + "\n");
+    fileWriteAtomic(recentsPath(), gone + "\n\n" + kept + "\n " + kept + "\n");
     EXPECT_EQ(recentsLoad(), std::vector<std::string>{kept});
     note(kept);
     EXPECT_EQ(text(), kept);

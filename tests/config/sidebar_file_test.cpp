@@ -29,7 +29,7 @@ TEST_F(SidebarFileTest, ReadsHandEditedLinesLeniently)
 
 TEST_F(SidebarFileTest, UnreadableFileGivesNoPathsAndIsNotReplaced)
 {
-    configWrite(m_path, "title = \"T\"\n\"/a\"\n\xff\n");
+    fileWriteAtomic(m_path, "title = \"T\"\n\"/a\"\n\xff\n");
     EXPECT_EQ(sidebarRead(), (SidebarFile{"T", {"/a"}})); // path bytes are kept
     m_tree.dir("side/sidebar.toml.d");
     ::setenv("BRONDEL_SIDEBAR", m_tree.path("side/sidebar.toml.d").c_str(), 1);
