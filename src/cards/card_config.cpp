@@ -113,14 +113,18 @@ std::string cardConfigFormat(const std::string& key, const CardConfig& c)
 bool cardConfigLossy(std::string_view text)
 {
     // A value that does not parse leaves its field as it was: set on two configurations
-    // that differ in every field, it then leaves them different.
+    // that differ in every field, it then leaves that field's written lines different.
     CardConfig other;
     other.layout = "-", other.group = "-", other.sort = "-", other.ascending = true, other.thumbs = false;
     other.iconSize = 17, other.collapsed = false, other.hidden = {"-"}, other.legendRows = 2, other.tileWidth = 141;
+    auto lineOf = [](const CardConfig& config, const std::string& key) {
+        const std::string text = cardConfigFormat("", config);
+        size_t at = text.find("\n" + key + " = ");
+        return text.substr(at, text.find('\n', at + 1) - at);
+    };
     std::set<std::string> seen;
     for (std::string_view line : configSplitLines(text)) {
-        std::string_view kept = configTrim(line.substr(0, line.find('#')));
-        if (kept.empty())
+        if (configTrim(line.substr(0, line.find('#'))).empty())
             continue;
         auto kv = configCardKeyValue(line);
         if (!kv || !seen.insert(kv->first).second)
@@ -128,7 +132,7 @@ bool cardConfigLossy(std::string_view text)
         CardConfig a, b = other;
         if (!cardConfigSet(a, kv->first, kv->second) || !cardConfigSet(b, kv->first, kv->second))
             return true;
-        if (a != b)
+        if (lineOf(a, kv->first) != lineOf(b, kv->first))
             return true;
     }
     return false;

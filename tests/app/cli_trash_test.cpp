@@ -1,5 +1,6 @@
 #include "app/cli_trash.h"
 
+#include "fs/file_io.h"
 #include "fs/trash_op_linux.h"
 #include "support/temp_tree.h"
 #include "support/test_env.h"
@@ -20,6 +21,8 @@ TEST(CLITrash, UsageAndError)
 {
     EXPECT_EQ(trashText({}), "Usage: brondel trash <path>\n");
     EXPECT_EQ(trashText({"/nope"}), "Error: No such file or directory\n");
+    ASSERT_TRUE(fileMakeDirs(trashHomeDir() + "/files"));
+    EXPECT_EQ(trashText({trashHomeDir() + "/files"}), "Error: The item is in the Trash already\n");
 }
 
 TEST(CLITrash, RelativePathsAndClashingNames)

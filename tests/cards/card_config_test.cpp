@@ -157,3 +157,21 @@ TEST(CardConfig, GroupKeyResolvesAuto)
 }
 
 } // namespace
+
+TEST(CardConfig, LossyLinesAreRecognised)
+{
+    const std::pair<const char*, bool> cases[] = {
+        {"# mine\n\nlayout = \"grid\"  # note\nicon_size = 500\nascending = yes\nhidden = \"\"\n", false},
+        {"icon_size = big", true},   // keeps the old size
+        {"legend_rows = 2.5", true},
+        {"tile_width =", true},
+        {"colour = red", true},      // unknown key
+        {"collapsed", true},         // no "="
+        {"sort = \"size\"\nsort = \"kind\"", true},
+    };
+    for (const auto& [text, lossy] : cases)
+        EXPECT_EQ(cardConfigLossy(text), lossy) << text;
+    CardConfig config = CardConfig::defaults("drives");
+    config.hidden = {"A", "B"};
+    EXPECT_FALSE(cardConfigLossy(cardConfigFormat("k", config)));
+}

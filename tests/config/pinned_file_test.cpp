@@ -163,3 +163,43 @@ TEST_F(PinnedFileTest, ConcurrentWritersNeverLeaveATornFile)
 }
 
 } // namespace
+
+TEST_F(PinnedFileTest, PathsAndTitlesThatCannotBeStoredAreRefused)
+{
+    put("# mine\n");
+    configNoticesTake();
+    const std::string quoted = m_tree.dir("a \"b\" c"), broken = m_tree.dir("one\ntwo");
+    EXPECT_FALSE(pinnedAdd(quoted, "Favorites"));
+    EXPECT_FALSE(pinnedAdd(broken, "Favorites"));
+    EXPECT_FALSE(pinnedAdd(m_tree.root(), "My \"best\""));
+    EXPECT_FALSE(pinnedAddSection("Two\nlines"));
+    pinnedRenameSection("Favorites", "A \"B\"");
+    EXPECT_EQ(text(), "# mine\n"); // nothing written that would read back differently
+    EXPECT_EQ(configNoticesTake(),
+        (std::vector<std::string>{
+            "\u201c" + quoted + "\u201d was not added to the favorites: its path holds a double quote, which pinned.toml cannot store.",
+            "\u201c" + broken + "\u201d was not added to the favorites: its path holds a line break, which pinned.toml cannot store.",
+            "The section title \u201cMy \"best\"\u201d holds a double quote, which pinned.toml cannot store; the favorites were left as they are.",
+            "The section title \u201cTwo\nlines\u201d holds a line break, which pinned.toml cannot store; the favorites were left as they are.",
+            "The section title \u201cA \"B\"\u201d holds a double quote, which pinned.toml cannot store; the favorites were left as they are.",
+        }));
+}
+
+TEST(PinnedLossy, FlagsWhatARewriteWouldDrop)
+{
+    const std::pair<const char*, bool> cases[] = {
+        {"# header \"quoted\" [[section]\n", false}, // the header is kept as it stands
+        {"\n[[section]]\ntitle = \"W\"\ncolor = 0.5\npaths = [\n  \"/a\", \"/b\",\n]\n# note\n", false},
+        {"[[section]]\npaths = []\n", false},
+        {"[[section]]\ntitle = \"W\"\n[[section]\ntitle = \"P\"\n", true}, // mistyped header
+        {"[[section]]\ntitle = \"W\n", true},                              // unclosed title
+        {"[[section]]\ntitle = W\n", true},
+        {"[[section]]\ntitle = \"W\"\ntitle = \"X\"\n", true},
+        {"[[section]]\ncolor = blue\n", true},
+        {"[[section]]\n  \"/a\n", true},      // unpaired quote
+        {"[[section]]\n  \"/a\" junk\n", true}, // text outside the quotes
+    };
+    for (const auto& [text, lossy] : cases)
+        EXPECT_EQ(pinnedLossy(text), lossy) << text;
+    EXPECT_FALSE(pinnedLossy(pinnedFormat(std::string(kPinnedDefaultHeader), {{"A", {"/x", "~/y"}, 0.25}, {"", {}, {}}})));
+}

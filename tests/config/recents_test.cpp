@@ -39,6 +39,15 @@ TEST_F(RecentsTest, NotesMostRecentFirstWithinTheCount)
     EXPECT_EQ(text(), "");
 }
 
+TEST_F(RecentsTest, APathWithALineBreakIsNotNoted)
+{
+    const std::string plain = m_tree.dir("plain"), broken = m_tree.dir("two\nlines");
+    note(plain);
+    note(broken); // it would read back as two bogus paths
+    EXPECT_EQ(text(), plain);
+    EXPECT_EQ(recentsLoad(), std::vector<std::string>{plain});
+}
+
 TEST_F(RecentsTest, VanishedAndBlankLinesDropOut)
 {
     std::string kept = m_tree.dir("kept"), gone = m_tree.path("gone");

@@ -84,3 +84,59 @@ TEST(SettingsFile, RoundTripThroughTheFile)
     ::unsetenv("BRONDEL_SETTINGS");
     EXPECT_EQ(settingsPath(), testHome() + "/.brondel/settings.toml");
 }
+
+TEST(SettingsFile, LossyLinesAreRecognised)
+{
+    const std::pair<const char*, bool> cases[] = {
+        {"", false},
+        {"# mine\n\n  show_hidden = true\nsort_by = size # note\ninfo_x = false\n", false},
+        {"show_hidden=true", false},
+        {"show_hidden = TRUE", true},      // reads as false
+        {"ascending = true\r", true},      // CR-LF: reads as false
+        {"sort_by = \"Size\"", true},      // ignored
+        {"recent_count = 99", true},       // clamped
+        {"recent_count = x", true},
+        {"drives_title = \"Disks", true},  // the quote would be written back doubled
+        {"drives_title = \"\"", true},      // keeps "Drives"
+        {"show_hiden = true", true},       // unknown key
+        {"show_hidden", true},             // no "="
+        {"[section]", true},
+        {"show_hidden = true\nshow_hidden = false", true}, // the first is overridden
+        {"info_a = yes", true},
+    };
+    for (const auto& [text, lossy] : cases)
+        EXPECT_EQ(settingsLossy(text), lossy) << text;
+    BrondelSettings s;
+    s.infoOn = {{"a", true}, {"b", false}};
+    s.itemsTitle = "In #{folder}";
+    EXPECT_FALSE(settingsLossy(settingsFormat(s)));
+    EXPECT_FALSE(settingsLossy(settingsFormat(BrondelSettings{})));
+}
+
+TEST(SettingsFile, AnUpdateChangesOnlyItsOwnKeys)
+{
+    ::setenv("BRONDEL_SETTINGS", (testHome() + "/merge/settings.toml").c_str(), 1);
+    BrondelSettings mine; // what a long-running process loaded at its start
+    BrondelSettings theirs = mine;
+    theirs.sortBy = "size";
+    theirs.infoOn["file-size"] = false;
+    theirs.drivesTitle = "Disks";
+    ASSERT_TRUE(settingsSave(theirs)); // another writer: `brondel infos`, a hand edit
+
+    BrondelSettings changed = mine;
+    changed.showHidden = true;
+    changed.infoOn["folder-size"] = false;
+    ASSERT_TRUE(settingsUpdate(mine, changed));
+    BrondelSettings expected = theirs;
+    expected.showHidden = true;
+    expected.infoOn["folder-size"] = false;
+    EXPECT_EQ(settingsLoad(), expected);
+
+    // An info module the change removed goes; one it did not touch stays.
+    BrondelSettings withInfo = mine;
+    withInfo.infoOn["folder-size"] = false;
+    ASSERT_TRUE(settingsUpdate(withInfo, mine));
+    expected.infoOn.erase("folder-size");
+    EXPECT_EQ(settingsLoad(), expected);
+    ::unsetenv("BRONDEL_SETTINGS");
+}

@@ -64,3 +64,25 @@ TEST_F(SidebarFileTest, EditsCompareExpandedPaths)
 }
 
 } // namespace
+
+TEST_F(SidebarFileTest, PathsThatCannotBeStoredAreRefused)
+{
+    sidebarRead();
+    configNoticesTake();
+    const std::string before = text();
+    const std::string quoted = m_tree.dir("say \"hi\""), broken = m_tree.dir("a\nb");
+    EXPECT_FALSE(sidebarAdd(quoted));
+    EXPECT_FALSE(sidebarAdd(broken));
+    sidebarRename("Top \"one\"");
+    EXPECT_EQ(text(), before);
+    EXPECT_EQ(configNoticesTake(),
+        (std::vector<std::string>{
+            "\u201c" + quoted + "\u201d was not added to the sidebar: its path holds a double quote, which sidebar.toml cannot store.",
+            "\u201c" + broken + "\u201d was not added to the sidebar: its path holds a line break, which sidebar.toml cannot store.",
+            "The sidebar title \u201cTop \"one\"\u201d holds a double quote, which sidebar.toml cannot store; the sidebar was left as it is.",
+        }));
+    EXPECT_FALSE(sidebarLossy(before));
+    EXPECT_TRUE(sidebarLossy("title = \"T\"\n\"/a\n"));
+    EXPECT_TRUE(sidebarLossy("title = T\n"));
+    EXPECT_TRUE(sidebarLossy("paths = [\n ~/Music,\n]\n"));
+}

@@ -9,6 +9,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <dirent.h>
 #include <map>
 #include <regex>
@@ -141,6 +144,75 @@ TEST(TrashLinux, VolumeTrashChoice)
     EXPECT_EQ(trashInfoPath("/media/usb/docs/a.txt", "/media/usb"), "docs/a.txt");
     EXPECT_EQ(trashInfoPath("/srv/a", "/"), "srv/a");
     EXPECT_EQ(trashInfoPath("/home/u/a", ""), "/home/u/a");
+}
+
+TEST(TrashOp, ItemsInsideATrashAreRefused)
+{
+    TempTree tree;
+    TrashOp::Outcome first = TrashOp::trash(tree.file("once"));
+    ASSERT_TRUE(first);
+    const std::string uid = std::to_string(::getuid());
+    const std::string inside[] = {
+        first.result->trashedTo,
+        trashHomeDir() + "/info/" + pathLastComponent(first.result->trashedTo) + ".trashinfo",
+        trashHomeDir() + "/files",
+        trashHomeDir(),
+        tree.file("vol/.Trash-" + uid + "/files/x"),
+        tree.file("vol/.Trash-" + uid + "/info/x.trashinfo"),
+        tree.file("vol/.Trash/" + uid + "/files/y"),
+        tree.dir("vol/.Trash-" + uid),
+    };
+    const std::set<std::string> records = infoEntries();
+    for (const std::string& path : inside) {
+        TrashOp::Outcome outcome = TrashOp::trash(path);
+        EXPECT_EQ(outcome.error, kTrashErrorInTrash) << path;
+        struct stat st;
+        EXPECT_EQ(::lstat(path.c_str(), &st), 0) << path;
+    }
+    EXPECT_EQ(infoEntries(), records);
+    EXPECT_EQ(TrashOp::describe(kTrashErrorInTrash), "The item is in the Trash already");
+    // Names that merely look alike are trashed as usual.
+    EXPECT_TRUE(TrashOp::trash(tree.file("vol/.Trash-" + uid + "x/z")));
+    EXPECT_TRUE(TrashOp::trash(tree.file("vol/.Trash/" + uid + "0/z")));
+}
+
+TEST(TrashOp, OrphanRecordsOfKilledMovesAreRemoved)
+{
+    TempTree tree;
+    const std::string trash = tree.dir("Trash");
+    tree.dir("Trash/files");
+    const std::string dead = "999999999", self = std::to_string(::getpid());
+    const std::time_t now = std::time(nullptr);
+    // A record with our temporary still linked to it: the move it announced.
+    std::map<std::string, std::string> temps;
+    auto temp = [&](const std::string& name) { return "Trash/info/" + temps.at(name); };
+    auto record = [&](const std::string& name, const std::string& writer, std::time_t age, bool moved) {
+        temps[name] = ".brondel.tmp-" + writer + "-0-" + std::to_string(temps.size());
+        const std::string info = "Trash/info/" + name + ".trashinfo";
+        tree.file(info, "[Trash Info]\nPath=/x/" + name + "\n");
+        tree.hardlink("Trash/info/" + temps[name], info);
+        tree.setMtime(info, now - age);
+        if (moved)
+            tree.file("Trash/files/" + name, "item");
+    };
+    record("orphan", dead, 120, false);   // killed before the item moved
+    record("moved", dead, 120, true);     // killed after: only the temporary is left over
+    record("young", dead, 10, false);     // too recent to judge
+    record("busy", self, 120, false);     // its writer is still at work
+    tree.file("Trash/info/foreign.trashinfo", "[Trash Info]\nPath=/x/foreign\n"); // another program's
+    tree.setMtime("Trash/info/foreign.trashinfo", now - 3600);
+
+    EXPECT_EQ(trashRemoveOrphans(trash, now), 1u);
+    auto exists = [&](const std::string& rel) { return fileReadAll(tree.path(rel)).has_value(); };
+    EXPECT_FALSE(exists("Trash/info/orphan.trashinfo"));
+    EXPECT_FALSE(exists(temp("orphan")));
+    EXPECT_TRUE(exists("Trash/info/moved.trashinfo"));
+    EXPECT_FALSE(exists(temp("moved")));
+    EXPECT_TRUE(exists("Trash/info/young.trashinfo"));
+    EXPECT_TRUE(exists(temp("young")));
+    EXPECT_TRUE(exists("Trash/info/busy.trashinfo"));
+    EXPECT_TRUE(exists(temp("busy")));
+    EXPECT_TRUE(exists("Trash/info/foreign.trashinfo"));
 }
 
 TEST(TrashLinux, EncodingAndNames)
