@@ -83,7 +83,8 @@ void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices)
     QStringList lines;
     for (const std::string& notice : notices)
         lines << decode(notice);
-    ActionDialogs::current().alert(parent, lines.takeFirst(), lines.join(QLatin1Char('\n')));
+    const QString first = lines.takeFirst();
+    ActionDialogs::current().alert(parent, first, lines.join(QLatin1Char('\n')));
 }
 
 void ContextActions::edit(const BrowserContext& context, std::function<bool()> change)

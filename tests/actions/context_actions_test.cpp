@@ -6,7 +6,9 @@
 #include "../window/gui_test_main.h"
 #include "actions/action_dialogs.h"
 #include "actions/context_actions.h"
+#include "config/config_file.h"
 #include "config/pinned_file.h"
+#include "fs/file_io.h"
 #include "config/recents.h"
 #include "fs/paths.h"
 #include "support/temp_tree.h"
@@ -183,6 +185,47 @@ private slots:
         run(QStringLiteral("Recent"), QStringLiteral("Clear Recents"));
         QVERIFY(recentsLoad().empty());
         prompt = realPrompt;
+    }
+
+    void editsKeepBytesAndReportWhatTheFilesSaid()
+    {
+        Fixture f;
+        std::vector<QString> alerts;
+        auto& dialogs = ActionDialogs::current();
+        const ActionDialogs real = dialogs;
+        dialogs.alert = [&](QWidget*, const QString& text, const QString& detail) {
+            alerts.push_back(detail.isEmpty() ? text : text + "/" + detail);
+        };
+        // A folder whose name is not UTF-8 reaches the favourites with its own bytes.
+        const std::string odd = f.tree.dir("caf\xe9");
+        dialogs.chooseFolders = [&](QWidget*, const QString&) {
+            return QStringList{QFile::decodeName(QByteArray::fromStdString(odd))};
+        };
+        const std::string mistyped = "# mine\n\n[[section]]\ntitle = \"Work\npaths = [\n]\n";
+        QVERIFY(fileWriteAtomic(pinnedFilePath(), mistyped));
+        auto menu = f.listMenu(QStringLiteral("Work"));
+        action(menu.get(), QStringLiteral("Add Folders\u2026"))->trigger();
+        QTRY_COMPARE(alerts.size(), size_t(1));
+        QCOMPARE(pinnedSectionOf(odd), std::optional<std::string>("Work"));
+        QVERIFY2(alerts[0].startsWith(QStringLiteral("pinned.toml could not be read cleanly; its old content was kept as "
+                                                     "pinned.toml.orig-")),
+            qPrintable(alerts[0]));
+        const QString backup = alerts[0].section(QLatin1Char(' '), -1);
+        QCOMPARE(fileReadAll(pathParent(pinnedFilePath()) + "/" + backup.toStdString()), std::optional(mistyped));
+
+        // A folder whose path the file cannot store is refused, and the user is told.
+        const std::string quoted = f.tree.dir("say \"cheese\"");
+        dialogs.chooseFolders = [&](QWidget*, const QString&) {
+            return QStringList{QString::fromStdString(quoted)};
+        };
+        menu = f.listMenu(QStringLiteral("Work"));
+        action(menu.get(), QStringLiteral("Add Folders\u2026"))->trigger();
+        QTRY_COMPARE(alerts.size(), size_t(2));
+        QCOMPARE(alerts[1], QStringLiteral("\u201c") + QString::fromStdString(quoted)
+                + QStringLiteral("\u201d was not added to the favorites: its path holds a double quote, which "
+                                 "pinned.toml cannot store."));
+        QVERIFY(!pinnedSectionOf(quoted));
+        dialogs = real;
     }
 
     void newFolderTakesTheFirstFreeName()

@@ -100,6 +100,30 @@ private slots:
         step(info, moduleTitle); // and back on
         QCOMPARE(Settings::current().infoOn.at(module), true);
     }
+
+    void aChangeKeepsWhatAnotherWriterSaved()
+    {
+        TestContext t;
+        auto root = DirNode::make();
+        root->path = "/tmp";
+        root->isDir = true;
+        auto frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
+        frame->setAttribute(Qt::WA_DeleteOnClose, false);
+        MenuSetup::install(frame.get());
+        QMenu* view = topMenu(frame->menuBar(), QStringLiteral("View"));
+        QVERIFY(view);
+
+        // Meanwhile `brondel infos off file-size` and a hand edit change the file.
+        BrondelSettings theirs = settingsLoad();
+        theirs.infoOn["file-size"] = false;
+        theirs.recentTitle = "Lately";
+        QVERIFY(settingsSave(theirs));
+        const bool hidden = Settings::current().showHidden;
+        emit view->aboutToShow();
+        action(view, QStringLiteral("Show Hidden Files"))->trigger();
+        theirs.showHidden = !hidden;
+        QTRY_COMPARE(settingsLoad(), theirs);
+    }
 };
 
 BRONDEL_GUI_TEST_MAIN(SettingsActionsTest)
