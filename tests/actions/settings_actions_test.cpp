@@ -38,6 +38,18 @@ QMenu* topMenu(QMenuBar* bar, const QString& title)
     return nullptr;
 }
 
+// A window on /tmp with the application menus.
+std::unique_ptr<BrowserFrame> frameWithMenus(TestContext& t)
+{
+    auto root = DirNode::make();
+    root->path = "/tmp";
+    root->isDir = true;
+    auto frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
+    frame->setAttribute(Qt::WA_DeleteOnClose, false);
+    MenuSetup::install(frame.get());
+    return frame;
+}
+
 } // namespace
 
 class SettingsActionsTest : public QObject {
@@ -46,12 +58,7 @@ private slots:
     void togglesAreSavedAndReloadEveryWindow()
     {
         TestContext t;
-        auto root = DirNode::make();
-        root->path = "/tmp";
-        root->isDir = true;
-        auto frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
-        frame->setAttribute(Qt::WA_DeleteOnClose, false);
-        MenuSetup::install(frame.get());
+        auto frame = frameWithMenus(t);
         QMenu* view = topMenu(frame->menuBar(), QStringLiteral("View"));
         QVERIFY(view);
         QMenu* sort = submenu(view, QStringLiteral("Sort By"));
@@ -104,12 +111,7 @@ private slots:
     void aChangeKeepsWhatAnotherWriterSaved()
     {
         TestContext t;
-        auto root = DirNode::make();
-        root->path = "/tmp";
-        root->isDir = true;
-        auto frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
-        frame->setAttribute(Qt::WA_DeleteOnClose, false);
-        MenuSetup::install(frame.get());
+        auto frame = frameWithMenus(t);
         QMenu* view = topMenu(frame->menuBar(), QStringLiteral("View"));
         QVERIFY(view);
 
