@@ -305,23 +305,33 @@ size_t trashRemoveOrphans(const std::string& trash, std::time_t now)
         return 0;
     // Our leftover temporaries, and the records by inode to find the ones they mark.
     std::vector<std::pair<std::string, struct stat>> leftovers;
-    std::map<ino_t, std::string> records;
+    std::vector<std::string> recordNames;
+    bool linked = false;
     while (const dirent* entry = ::readdir(d)) {
         std::string_view name = entry->d_name;
-        struct stat st;
-        const std::string path = infoDir + "/" + entry->d_name;
         if (name.ends_with(kInfoSuffix)) {
-            if (entry->d_type == DT_REG || entry->d_type == DT_UNKNOWN)
-                records.emplace(entry->d_ino, std::string(name));
+            recordNames.emplace_back(name);
             continue;
         }
         std::optional<pid_t> writer = fileTempWriter(name);
         if (!writer || !name.starts_with(std::string_view(kTempStem).substr(1)))
             continue;
-        if (lstatRetry(path, st) == 0 && S_ISREG(st.st_mode) && fileTempIsStale(*writer, st.st_mtime, now))
+        struct stat st;
+        const std::string path = infoDir + "/" + entry->d_name;
+        if (lstatRetry(path, st) == 0 && S_ISREG(st.st_mode) && fileTempIsStale(*writer, st.st_mtime, now)) {
+            linked |= st.st_nlink > 1;
             leftovers.emplace_back(path, st);
+        }
     }
     ::closedir(d);
+    // The records by inode, only when a leftover still marks one (rare). The inode comes
+    // from lstat: readdir's d_ino differs from it on some file systems (overlayfs).
+    std::map<ino_t, std::string> records;
+    for (const std::string& name : linked ? recordNames : std::vector<std::string>{}) {
+        struct stat st;
+        if (lstatRetry(infoDir + "/" + name, st) == 0 && S_ISREG(st.st_mode) && st.st_nlink > 1)
+            records.emplace(st.st_ino, name);
+    }
 
     constexpr std::time_t kSettled = 60;
     size_t removed = 0;
