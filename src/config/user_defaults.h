@@ -10,7 +10,8 @@
 // The store's file: $XDG_CONFIG_HOME when it is an absolute path, else ~/.config.
 std::string userDefaultsPath();
 
-// The string stored under `key`, or nothing when none is.
+// The string stored under `key`, or nothing when none is (or when the store is not a
+// regular file: a FIFO, a device).
 std::optional<std::string> userDefaultsString(const std::string& key);
 
 // Stores `value` under `key` and writes the store at once. Errors are absorbed.
