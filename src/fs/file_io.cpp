@@ -97,7 +97,7 @@ bool fileMakeDirs(const std::string& dir)
     return false;
 }
 
-std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode)
+std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode, TempMode how)
 {
     // A unique temporary name in the same directory, so the rename stays on one device.
     // The pid in the name tells a later writer whether this one is still at work.
@@ -115,9 +115,9 @@ std::optional<std::string> fileWriteTemp(const std::string& path, std::string_vi
     if (fd < 0)
         return std::nullopt;
     bool ok = sysWriteAll(fd, text.data(), text.size());
-    // The umask may have taken bits away from the mode asked for. A file system without
+    // The umask may have taken bits away from a mode being kept. A file system without
     // permissions (FAT) refuses, which does not matter there.
-    if (ok)
+    if (ok && how == TempMode::Exact)
         sysCalls().fchmod(fd, mode & 07777);
     ok = ok && sysCalls().fsync(fd) == 0;
     ok = sysClose(fd) == 0 && ok;
@@ -258,6 +258,7 @@ bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs 
     if (parents == ParentDirs::Create && !dir.empty())
         fileMakeDirs(dir);
     mode_t mode = 0666;
+    TempMode how = TempMode::Create;
     struct stat st;
     if (sysCalls().lstat(target.c_str(), &st) == 0) {
         if (!S_ISREG(st.st_mode)) {
@@ -265,10 +266,11 @@ bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs 
             return false;
         }
         mode = st.st_mode & 07777;
+        how = TempMode::Exact;
     }
     if (fileSweepDue(dir))
         fileRemoveStaleTemps(dir);
-    std::optional<std::string> temp = fileWriteTemp(target, text, mode);
+    std::optional<std::string> temp = fileWriteTemp(target, text, mode, how);
     if (!temp)
         return false;
     if (sysCalls().rename(temp->c_str(), target.c_str()) == 0)

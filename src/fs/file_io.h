@@ -45,11 +45,17 @@ std::string fileWriteTarget(const std::string& path);
 // the temporary is removed. Stale temporaries of killed writers in that folder go first.
 bool fileWriteAtomic(const std::string& path, std::string_view text, ParentDirs parents = ParentDirs::Create);
 
+// How fileWriteTemp sets the temporary's permission bits: `Create` makes it with them
+// less the umask, as open() does; `Exact` sets exactly them afterwards (to keep an
+// existing file's mode).
+enum class TempMode { Create, Exact };
+
 // The first half of fileWriteAtomic: writes `text` to a fresh temporary file beside
-// `path` (created with `mode`, exactly) and flushes it to the disk. Returns the
+// `path` with permission bits `mode` and flushes it to the disk. Returns the
 // temporary's path, for the caller to link or rename into place; on failure nothing is
 // left behind and errno tells why.
-std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode = 0666);
+std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode = 0666,
+    TempMode how = TempMode::Create);
 
 // Installs the finished temporary `temp` under the new name `target` without ever
 // replacing an existing file there (EEXIST then). A hard link does it in one step, so no

@@ -138,6 +138,13 @@ TEST(FileIo, WritesThroughALinkAndKeepsTheMode)
     EXPECT_EQ(entriesIn(tree.path("home")), 1u);
     EXPECT_EQ(entriesIn(tree.path("dotfiles")), 1u);
 
+    // A new file gets the usual mode (0666 less the umask), never more.
+    const mode_t mask = ::umask(022);
+    ASSERT_TRUE(fileWriteAtomic(tree.path("fresh.toml"), "x"));
+    ::umask(mask);
+    ASSERT_EQ(::stat(tree.path("fresh.toml").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0644u);
+
     // A link whose target does not exist yet: the target is created.
     const std::string dangling = tree.symlink("home/new.toml", tree.path("dotfiles/new.toml"));
     ASSERT_TRUE(fileWriteAtomic(dangling, "x"));
