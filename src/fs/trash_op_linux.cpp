@@ -126,14 +126,14 @@ int trashPrepare(const std::string& dir, TrashLinks links)
 // The prefix of our record temporaries in info/. The temporary stays, a second link to
 // the record, until the item itself has moved: a leftover one thus marks the record of
 // a move that a killed process never finished, and nothing else.
-const std::string kTempStem = "/.brondel";
+constexpr std::string_view kTempStem = ".brondel";
 
 TrashMove trashMoveInto(const std::string& trash, const Item& item, const std::string& infoText)
 {
     const std::string filesDir = trash + "/files", infoDir = trash + "/info";
     if (fileSweepDue(infoDir))
         trashRemoveOrphans(trash, std::time(nullptr));
-    std::optional<std::string> temp = fileWriteTemp(infoDir + kTempStem, infoText, 0600);
+    std::optional<std::string> temp = fileWriteTemp(infoDir + "/" + std::string(kTempStem), infoText, 0600);
     if (!temp)
         return {{}, errno};
 
@@ -161,21 +161,22 @@ TrashMove trashMoveInto(const std::string& trash, const Item& item, const std::s
         }
         break;
     }
-    if (files.empty()) {
+    // Last of all, once the move is settled either way.
+    auto dropTemp = [&] {
         if (!tempUsed)
             sysCalls().unlink(temp->c_str());
+    };
+    if (files.empty()) {
+        dropTemp();
         return {{}, error};
     }
-
     if (retryEintr([&] { return sysCalls().rename(item.path.c_str(), files.c_str()); }) != 0) {
         error = errno;
         sysCalls().unlink(info.c_str()); // our own record of a move that did not happen
-        if (!tempUsed)
-            sysCalls().unlink(temp->c_str());
+        dropTemp();
         return {{}, error};
     }
-    if (!tempUsed)
-        sysCalls().unlink(temp->c_str());
+    dropTemp();
     return {files, 0};
 }
 
@@ -314,7 +315,7 @@ size_t trashRemoveOrphans(const std::string& trash, std::time_t now)
             continue;
         }
         std::optional<pid_t> writer = fileTempWriter(name);
-        if (!writer || !name.starts_with(std::string_view(kTempStem).substr(1)))
+        if (!writer || !name.starts_with(kTempStem))
             continue;
         struct stat st;
         const std::string path = infoDir + "/" + entry->d_name;
