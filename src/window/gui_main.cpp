@@ -1,6 +1,7 @@
 #include "window/gui_main.h"
 
 #include "app/launch_args.h"
+#include "cards/cards_changed.h"
 #include "config/settings_file.h"
 #include "window/app_delegate.h"
 #include "window/gui_messages.h"
@@ -33,11 +34,18 @@ int brondelGuiMain(int argc, char** argv)
         paths.push_back(launchExpandPath(arg, cwd));
 
     guiInstallMessageHandler(); // before Qt has anything to say
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Brondel"));
-    QApplication::setQuitOnLastWindowClosed(true);
-    AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
-                         Settings::current());
-    delegate.applicationDidFinishLaunching();
-    return app.exec();
+    int status = 0;
+    {
+        QApplication app(argc, argv);
+        QApplication::setApplicationName(QStringLiteral("Brondel"));
+        QApplication::setQuitOnLastWindowClosed(true);
+        AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
+                             Settings::current());
+        delegate.applicationDidFinishLaunching();
+        status = app.exec();
+    }
+    // Windows and background work are closed by now. A bus that never answered still
+    // holds a thread inside libdbus, which the normal exit would wait for.
+    cardsChangedExitIfStuck(status);
+    return status;
 }
