@@ -1,5 +1,7 @@
 #include "cards/cards_changed.h"
 
+#include "cards/session_bus.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -29,14 +31,6 @@ constexpr const char* kConnectionName = "brondel_cards_changed";
 
 // Bus threads that have not come back yet.
 std::atomic<int> g_pendingConnects{0};
-
-// Only the address the session names. Unset or empty means no bus: libdbus would
-// otherwise try $XDG_RUNTIME_DIR/bus and then autolaunch a daemon, which takes seconds
-// and outlives the process.
-QString sessionBusAddress()
-{
-    return QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS"));
-}
 
 // Connects to `address` on a thread of its own and runs `then` there with the result
 // (not connected when the bus refused). The thread may never come back: Qt connects

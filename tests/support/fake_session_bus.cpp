@@ -11,9 +11,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-FakeSessionBus::FakeSessionBus(std::string path, std::optional<std::chrono::milliseconds> hangUpAfter)
+FakeSessionBus::FakeSessionBus(std::string path, std::optional<std::chrono::milliseconds> hangUpAfter,
+                               std::string greeting)
     : m_path(std::move(path))
     , m_hangUpAfter(hangUpAfter)
+    , m_greeting(std::move(greeting))
 {
     static std::atomic<int> serial{0};
     if (m_path.empty())
@@ -67,6 +69,8 @@ void FakeSessionBus::serve()
             int fd = ::accept4(m_listen, nullptr, nullptr, SOCK_CLOEXEC);
             if (fd >= 0) {
                 // Whatever the client sends stays unread and unanswered.
+                if (!m_greeting.empty())
+                    (void)!::send(fd, m_greeting.data(), m_greeting.size(), MSG_NOSIGNAL);
                 clients.push_back(fd);
                 m_accepted.fetch_add(1);
                 if (m_hangUpAfter && !hangUpAt)

@@ -1,11 +1,11 @@
 #pragma once
 // A session bus that accepts connections and never says a word: the way a hung bus
 // looks to a client. libdbus, once connected, waits for the bus's greeting with no time
-// limit, so any client that waits on the handshake waits until this bus lets go.
+// limit, so any client that waits on the handshake waits until this bus lets go. Given a
+// greeting, it says that much to each client and nothing more.
 
 #include <atomic>
 #include <chrono>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -17,7 +17,8 @@ public:
     // `hangUpAfter`, every connection is closed after that long, so a client that would
     // otherwise wait forever comes back (a failing test then fails instead of hanging).
     explicit FakeSessionBus(std::string path = {},
-                            std::optional<std::chrono::milliseconds> hangUpAfter = std::nullopt);
+                            std::optional<std::chrono::milliseconds> hangUpAfter = std::nullopt,
+                            std::string greeting = {});
     // Closes every connection, which also releases clients still waiting.
     ~FakeSessionBus();
     FakeSessionBus(const FakeSessionBus&) = delete;
@@ -33,6 +34,7 @@ private:
 
     std::string m_path;
     std::optional<std::chrono::milliseconds> m_hangUpAfter;
+    std::string m_greeting;
     int m_listen = -1;
     int m_wake[2] = {-1, -1};
     std::atomic<int> m_accepted{0};
