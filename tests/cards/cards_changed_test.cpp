@@ -16,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
@@ -83,10 +84,12 @@ TEST(CardsChanged, ReachesAnObserverInAnotherProcess)
     EXPECT_EQ(card.readAllStandardError().toStdString(), "");
 }
 
-// The real command against buses that cannot answer: it still saves, prints, and ends
-// within a second. When no address is given the session's usual bus socket
-// ($XDG_RUNTIME_DIR/bus) is a silent trap: looking for a bus at all (as Qt's default
-// session connection does, before it would autolaunch a daemon) would be caught there.
+// The real command against buses that cannot answer: it still saves and prints, and a
+// bus costs it at most the half second of waiting over a run without one (the start-up
+// time itself differs a lot between builds). When no address is given the session's
+// usual bus socket ($XDG_RUNTIME_DIR/bus) is a silent trap: looking for a bus at all (as
+// Qt's default session connection does, before it would autolaunch a daemon) would be
+// caught there.
 TEST(CardsChanged, NoBusHoldsTheCommandUp)
 {
     const std::string runtimeDir = testHome() + "/runtime";
@@ -98,27 +101,30 @@ TEST(CardsChanged, NoBusHoldsTheCommandUp)
         const char* name;
         std::string env;
         int size;
+        double seconds = 0;
     };
-    const Case cases[] = {
-        {"silent bus", "DBUS_SESSION_BUS_ADDRESS='" + silent.address() + "'", 40},
-        {"nothing at the address", "DBUS_SESSION_BUS_ADDRESS='unix:path=" + testHome() + "/no-bus'", 48},
+    Case cases[] = {
         {"unset", "-u DBUS_SESSION_BUS_ADDRESS" + trapEnv, 56},
         {"empty", "DBUS_SESSION_BUS_ADDRESS=" + trapEnv, 72},
+        {"nothing at the address", "DBUS_SESSION_BUS_ADDRESS='unix:path=" + testHome() + "/no-bus'", 48},
+        {"silent bus", "DBUS_SESSION_BUS_ADDRESS='" + silent.address() + "'", 40},
     };
-    for (const Case& c : cases) {
+    for (Case& c : cases) {
         const std::string size = std::to_string(c.size);
         std::string out, err;
         const auto start = Clock::now();
         // `timeout` only turns a hang into a failure.
         const int status = testRun("timeout 8 env " + c.env + " '" + testBrondel() + "' card drives set icon_size " + size,
                                    &out, &err);
-        const double seconds = secondsSince(start);
+        c.seconds = secondsSince(start);
         EXPECT_EQ(status, 0) << c.name;
-        EXPECT_LT(seconds, 1.0) << c.name;
         EXPECT_EQ(out, "drives: icon_size = " + size + "\n") << c.name;
         EXPECT_EQ(err, "") << c.name;
         EXPECT_EQ(cardConfigLoad("drives", "drives").iconSize, c.size) << c.name;
     }
+    const double withoutBus = std::min(cases[0].seconds, cases[1].seconds);
+    for (const Case& c : cases)
+        EXPECT_LT(c.seconds, withoutBus + 0.75) << c.name << ", without a bus " << withoutBus;
     EXPECT_EQ(silent.accepted(), 1); // the post was really tried
     EXPECT_EQ(trap.accepted(), 0);
 }

@@ -35,7 +35,8 @@ private slots:
         TempTree tree;
         BrondelSettings settings;
         {
-            // Hanging up after 3 s turns a launch that waits for the bus into a failure.
+            // Hanging up after 3 s turns a launch that waits for the bus into a failure
+            // (the bounds below leave room for a busy machine).
             FakeSessionBus bus({}, 3s);
             ScopedEnvVar address("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str());
             QElapsedTimer timer;
@@ -46,13 +47,13 @@ private slots:
                 const qint64 launch = timer.elapsed();
                 QCOMPARE(delegate.windows().size(), size_t(1));
                 QVERIFY(delegate.windows().front()->isVisible());
-                QVERIFY2(launch < 500, qPrintable(QString::number(launch)));
+                QVERIFY2(launch < 1000, qPrintable(QString::number(launch)));
                 QTRY_COMPARE(bus.accepted(), 1); // the subscription is under way...
                 QTest::qWait(100);
                 QVERIFY(cardsChangedBusPending()); // ...and still waiting
                 timer.restart();
             } // quitting closes the windows
-            QVERIFY2(timer.elapsed() < 500, qPrintable(QString::number(timer.elapsed())));
+            QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         } // the bus hangs up: the waiting thread comes back
         QTRY_VERIFY(!cardsChangedBusPending());
     }
