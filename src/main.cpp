@@ -4,6 +4,7 @@
 
 #include "app/cli_router.h"
 #include "app/launch_args.h"
+#include "cards/cards_changed.h"
 #include "window/gui_main.h"
 
 #include <dlfcn.h>
@@ -39,6 +40,9 @@ int main(int argc, char** argv)
         CliOut out(CliOut::Target::Stdout);
         if (auto status = CLIRouter::run(launchArguments(argc, argv), out)) {
             out.flush();
+            // A command that talked to a silent bus leaves a thread in libdbus; the
+            // normal exit would wait for it.
+            cardsChangedExitIfStuck(*status);
             return *status;
         }
     }

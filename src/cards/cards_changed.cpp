@@ -1,9 +1,23 @@
 #include "cards/cards_changed.h"
 
+#include "cards/session_bus.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
+#include <QPointer>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
 
 const char* const cardsChangedName = "com.larkspine.brondel.cardsChanged";
 const char* const cardsChangedPath = "/com/larkspine/brondel";
@@ -12,18 +26,24 @@ const char* const cardsChangedMember = "cardsChanged";
 
 namespace {
 
-// Qt reports an unreachable bus with warnings; no command may write to stderr, and a
-// missing bus is not an error here.
-void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
+// One private connection for everything this process says or hears about cards.
+constexpr const char* kConnectionName = "brondel_cards_changed";
 
-class QuietMessages {
-public:
-    QuietMessages() : m_previous(qInstallMessageHandler(quiet)) {}
-    ~QuietMessages() { qInstallMessageHandler(m_previous); }
+// Bus threads that have not come back yet.
+std::atomic<int> g_pendingConnects{0};
 
-private:
-    QtMessageHandler m_previous;
-};
+// Connects to `address` on a thread of its own and runs `then` there with the result
+// (not connected when the bus refused). The thread may never come back: Qt connects
+// inside its D-Bus thread with a synchronous handshake, and libdbus waits for a bus that
+// accepts and never answers without a time limit. Nobody waits for this thread.
+void busConnectThen(QString address, std::function<void(QDBusConnection)> then)
+{
+    g_pendingConnects.fetch_add(1);
+    std::thread([address = std::move(address), then = std::move(then)] {
+        then(QDBusConnection::connectToBus(address, QString::fromLatin1(kConnectionName)));
+        g_pendingConnects.fetch_sub(1);
+    }).detach();
+}
 
 // QtDBus wants an application object; a command-line run gets one for the rest of the
 // process (it ends moments later).
@@ -38,56 +58,131 @@ void ensureApplication()
     (void)app;
 }
 
-class CardsChangedReceiver : public QObject {
+// Receives the bus signal in the thread that first observed (the GUI's main thread) and
+// hands it to every live callback. One per process and never deleted: the bus thread
+// that subscribes it may outlive everything else.
+class CardsChangedRelay : public QObject {
     Q_OBJECT
 public:
-    CardsChangedReceiver(std::function<void()> callback, QObject* parent)
-        : QObject(parent), m_callback(std::move(callback))
+    static CardsChangedRelay* instance()
     {
+        static CardsChangedRelay* relay = new CardsChangedRelay;
+        return relay;
+    }
+
+    // Main thread only, like everything here but the subscription itself.
+    void add(const QString& address, QObject* owner, std::function<void()> callback,
+             std::function<void(bool)> subscribed)
+    {
+        m_entries.push_back({owner, owner != nullptr, std::move(callback)});
+        if (subscribed) {
+            if (m_state == State::Done)
+                QMetaObject::invokeMethod(this, [subscribed, ok = m_subscribed] { subscribed(ok); },
+                                          Qt::QueuedConnection);
+            else
+                m_waiting.push_back(std::move(subscribed));
+        }
+        if (m_state != State::Idle)
+            return;
+        m_state = State::Connecting;
+        busConnectThen(address, [this](QDBusConnection bus) {
+            const bool ok = bus.isConnected()
+                && bus.connect(QString(), QString::fromLatin1(cardsChangedPath),
+                               QString::fromLatin1(cardsChangedInterface), QString::fromLatin1(cardsChangedMember),
+                               this, SLOT(changed()));
+            QMetaObject::invokeMethod(this, [this, ok] { finish(ok); }, Qt::QueuedConnection);
+        });
     }
 
 public slots:
-    void changed() { m_callback(); }
+    void changed()
+    {
+        std::erase_if(m_entries, [](const Entry& e) { return e.owned && !e.owner; });
+        const std::vector<Entry> entries = m_entries; // a callback may observe again
+        for (const Entry& e : entries)
+            if (!e.owned || e.owner)
+                e.callback();
+    }
 
 private:
-    std::function<void()> m_callback;
+    struct Entry {
+        QPointer<QObject> owner;
+        bool owned;
+        std::function<void()> callback;
+    };
+    enum class State { Idle, Connecting, Done };
+
+    void finish(bool ok)
+    {
+        m_state = State::Done;
+        m_subscribed = ok;
+        for (auto& subscribed : std::exchange(m_waiting, {}))
+            subscribed(ok);
+    }
+
+    std::vector<Entry> m_entries;
+    std::vector<std::function<void(bool)>> m_waiting;
+    State m_state = State::Idle;
+    bool m_subscribed = false;
 };
 
 } // namespace
 
-bool cardsChangedPost()
+CardsPost cardsChangedPost(std::chrono::milliseconds wait)
 {
+    const QString address = sessionBusAddress();
+    if (address.isEmpty())
+        return CardsPost::NoBus;
     ensureApplication();
-    QuietMessages quietly;
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+    struct Outcome {
+        std::mutex mutex;
+        std::condition_variable done;
+        std::optional<CardsPost> result;
+    };
+    auto outcome = std::make_shared<Outcome>();
+    busConnectThen(address, [outcome](QDBusConnection bus) {
+        CardsPost result = CardsPost::NoBus;
+        const auto signal = QDBusMessage::createSignal(QString::fromLatin1(cardsChangedPath),
+                                                       QString::fromLatin1(cardsChangedInterface),
+                                                       QString::fromLatin1(cardsChangedMember));
+        if (bus.isConnected() && bus.send(signal)) {
+            // The bus handles one connection's messages in order: once this call is
+            // answered, the signal has gone out.
+            auto ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                       QStringLiteral("/org/freedesktop/DBus"),
+                                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
+            bus.call(ping, QDBus::Block, 3000);
+            result = CardsPost::Sent;
+        }
+        std::lock_guard lock(outcome->mutex);
+        outcome->result = result;
+        outcome->done.notify_all();
+    });
+    std::unique_lock lock(outcome->mutex);
+    outcome->done.wait_for(lock, wait, [&] { return outcome->result.has_value(); });
+    return outcome->result.value_or(CardsPost::Unconfirmed);
+}
+
+bool cardsChangedObserve(std::function<void()> callback, QObject* owner, std::function<void(bool)> subscribed)
+{
+    const QString address = sessionBusAddress();
+    if (address.isEmpty())
         return false;
-    auto signal = QDBusMessage::createSignal(QString::fromLatin1(cardsChangedPath),
-                                             QString::fromLatin1(cardsChangedInterface),
-                                             QString::fromLatin1(cardsChangedMember));
-    if (!bus.send(signal))
-        return false;
-    // The bus delivers one connection's messages in order: when the answer to this call
-    // arrives, the signal has been sent, and the process may end.
-    auto ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                               QStringLiteral("/org/freedesktop/DBus"),
-                                               QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
-    bus.call(ping, QDBus::Block, 3000);
+    CardsChangedRelay::instance()->add(address, owner, std::move(callback), std::move(subscribed));
     return true;
 }
 
-bool cardsChangedObserve(std::function<void()> callback, QObject* owner)
+bool cardsChangedBusPending()
 {
-    QuietMessages quietly;
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return false;
-    auto* receiver = new CardsChangedReceiver(std::move(callback), owner);
-    if (bus.connect(QString(), QString::fromLatin1(cardsChangedPath), QString::fromLatin1(cardsChangedInterface),
-                    QString::fromLatin1(cardsChangedMember), receiver, SLOT(changed())))
-        return true;
-    delete receiver;
-    return false;
+    return g_pendingConnects.load() > 0;
+}
+
+void cardsChangedExitIfStuck(int status)
+{
+    if (!cardsChangedBusPending())
+        return;
+    std::fflush(nullptr);
+    std::_Exit(status);
 }
 
 #include "cards_changed.moc"

@@ -38,14 +38,15 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     iconsInstallTheme();
-    // A card changed from the command line (or another instance) shows everywhere.
-    m_observeCards([] { brondelRefreshAll(); }, this);
     if (m_useComputerRoot) {
         open("/", RootKind::Computer);
     } else {
         for (const auto& path : m_paths)
             open(path, RootKind::Folder);
     }
+    // A card changed from the command line (or another instance) shows everywhere. The
+    // windows come first: the subscription is made in the background and never waits.
+    m_observeCards([] { brondelRefreshAll(); }, this);
     // A hidden aid for documentation and checks: grab the front window and quit.
     if (const char* file = std::getenv("BRONDEL_SCREENSHOT"); file && *file)
         scheduleScreenshot(QFile::decodeName(file));

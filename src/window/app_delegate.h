@@ -26,7 +26,8 @@ public:
     ~AppDelegate() override;
 
     // Subscribes to `callback` being called whenever another process changed a card
-    // (cardsChangedObserve, or a stand-in in tests); false when it cannot.
+    // (cardsChangedObserve, or a stand-in in tests); returns at once, false when there
+    // is no bus to subscribe on.
     using CardsObserver = std::function<bool(std::function<void()> callback, QObject* owner)>;
 
     // Sets up the icon theme, refreshes every window whenever the cards change, and

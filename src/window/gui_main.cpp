@@ -1,14 +1,18 @@
 #include "window/gui_main.h"
 
 #include "app/launch_args.h"
+#include "cards/cards_changed.h"
+#include "cards/session_bus.h"
 #include "config/settings_file.h"
 #include "window/app_delegate.h"
 #include "window/gui_messages.h"
 
+#include <QAccessible>
 #include <QApplication>
 
 #include <unistd.h>
 
+#include <chrono>
 #include <climits>
 #include <string>
 #include <vector>
@@ -19,6 +23,28 @@ std::string workingDirectory()
 {
     char buf[PATH_MAX];
     return ::getcwd(buf, sizeof buf) ? std::string(buf) : std::string("/");
+}
+
+// How long the bus may take to answer, counted from before the application object is
+// made (which itself takes longer than a live bus needs).
+constexpr std::chrono::milliseconds kBusAnswer{100};
+
+// Qt's own users of the session bus (the platform's accessibility bridge, made with the
+// first widget) connect on the UI thread, look the bus up when no address is set (and
+// may autolaunch one), and wait for a silent bus forever. They are shown no bus at all:
+// the bridge is made now, while the address names nothing, and Qt keeps that outcome
+// for the rest of the run. The address is then put back for the programs we start.
+void hideSessionBusFromQt()
+{
+    constexpr const char* kVar = "DBUS_SESSION_BUS_ADDRESS";
+    const bool wasSet = qEnvironmentVariableIsSet(kVar);
+    const QByteArray address = qgetenv(kVar);
+    qputenv(kVar, "disabled:");
+    QAccessible::isActive();
+    if (wasSet)
+        qputenv(kVar, address);
+    else
+        qunsetenv(kVar);
 }
 
 } // namespace
@@ -33,11 +59,22 @@ int brondelGuiMain(int argc, char** argv)
         paths.push_back(launchExpandPath(arg, cwd));
 
     guiInstallMessageHandler(); // before Qt has anything to say
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Brondel"));
-    QApplication::setQuitOnLastWindowClosed(true);
-    AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
-                         Settings::current());
-    delegate.applicationDidFinishLaunching();
-    return app.exec();
+    const auto busDeadline = std::chrono::steady_clock::now() + kBusAnswer;
+    SessionBusProbe bus(sessionBusAddress());
+    int status = 0;
+    {
+        QApplication app(argc, argv);
+        if (!bus.answered(busDeadline))
+            hideSessionBusFromQt();
+        QApplication::setApplicationName(QStringLiteral("Brondel"));
+        QApplication::setQuitOnLastWindowClosed(true);
+        AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
+                             Settings::current());
+        delegate.applicationDidFinishLaunching();
+        status = app.exec();
+    }
+    // Windows and background work are closed by now. A bus that never answered still
+    // holds a thread inside libdbus, which the normal exit would wait for.
+    cardsChangedExitIfStuck(status);
+    return status;
 }
