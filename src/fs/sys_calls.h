@@ -24,6 +24,8 @@ struct SysCalls {
     int (*lstat)(const char* path, struct stat* st);
     int (*fstatat)(int dirfd, const char* path, struct stat* st, int flags);
     int (*statx)(int dirfd, const char* path, int flags, unsigned mask, struct statx* st);
+    // Reads directory entries of an open folder (struct dirent64 records); 0 at the end.
+    ssize_t (*getdents64)(int fd, void* buf, size_t count);
 };
 
 // The table in force (the real calls unless a test overrides them).
