@@ -10,6 +10,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <map>
+#include <mutex>
+#include <set>
 #include <unistd.h>
 
 namespace {
@@ -88,6 +90,31 @@ int openatLocked(int dirfd, const char* path, int flags, mode_t mode)
         return -1;
     }
     return sysCallsReal().openat(dirfd, path, flags, mode);
+}
+
+// Folder descriptors open at once, and the most seen.
+std::mutex g_fdLock;
+std::set<int> g_openFds;
+size_t g_mostOpen = 0;
+
+int openatCounted(int dirfd, const char* path, int flags, mode_t mode)
+{
+    const int fd = sysCallsReal().openat(dirfd, path, flags, mode);
+    std::lock_guard guard(g_fdLock);
+    if (fd >= 0 && (flags & O_DIRECTORY)) {
+        g_openFds.insert(fd);
+        g_mostOpen = std::max(g_mostOpen, g_openFds.size());
+    }
+    return fd;
+}
+
+int closeCounted(int fd)
+{
+    {
+        std::lock_guard guard(g_fdLock);
+        g_openFds.erase(fd);
+    }
+    return sysCallsReal().close(fd);
 }
 
 // Hands out what the folder holds, then fails where the end would be reported.
@@ -368,5 +395,33 @@ TEST(Scanner, WalksBelowTheLongestPath)
         EXPECT_GT(hits[0]->path.size(), size_t(PATH_MAX));
         EXPECT_EQ(hits[0]->kind, "TXT file"); // its status was read too
         EXPECT_TRUE(hits[0]->dateModified);
+    }
+}
+
+// A deep tree with a second folder at every level keeps work waiting at every level; the
+// walk still holds only a few folder descriptors, not one per level.
+TEST(Scanner, HoldsFewDescriptorsInDeepTrees)
+{
+    TempTree tree;
+    std::string rel = "d";
+    constexpr int kLevels = 48;
+    for (int i = 0; i < kLevels; ++i) {
+        tree.dir(rel + "/side");
+        rel += "/d";
+    }
+    tree.file(rel + "/bottom.txt");
+    SysCalls calls = sysCallsReal();
+    calls.openat = openatCounted;
+    calls.close = closeCounted;
+    SysCallsOverride override(calls);
+    BrondelSettings settings;
+    for (int threads : {1, 2}) {
+        g_mostOpen = 0;
+        Scanner scanner(settings);
+        scanner.setThreads(threads);
+        auto root = scanner.scan(tree.root(), 64);
+        EXPECT_TRUE(nodeAt(root, rel + "/bottom.txt")) << threads;
+        EXPECT_LE(g_mostOpen, size_t(kLevels / 4)) << threads;
+        EXPECT_TRUE(g_openFds.empty()) << threads; // and closes every one
     }
 }
