@@ -189,7 +189,9 @@ private:
     void readFolder(Job& job, std::vector<Job>& subs)
     {
         DirNode& parent = *job.node;
-        const int fd = openDirAt(job.base->fd(), job.fromBase.c_str());
+        // Held here until the subfolders that open through the same base have it.
+        const std::shared_ptr<DirFd> base = std::move(job.base);
+        const int fd = openDirAt(base->fd(), job.fromBase.c_str());
         if (fd < 0) {
             parent.readError = errno;
             return;
@@ -240,7 +242,7 @@ private:
                         std::make_shared<const WalkAncestor>(WalkAncestor{status.device, status.inode, job.self})};
                 const std::string& name = entries[i].name;
                 if (job.levels < kLevelsPerBase && job.fromBase.size() + 1 + name.size() < kRelativePathLimit) {
-                    sub.base = job.base;
+                    sub.base = base;
                     sub.fromBase = job.fromBase + "/" + name;
                     sub.levels = job.levels + 1;
                 } else {
@@ -255,7 +257,6 @@ private:
         }
         if (!own)
             sysClose(fd);
-        job.base.reset(); // the base closes as soon as nothing below it still needs it
         parent.children = sortNodes(std::move(children), sortPlaceOf(parent.path), m_settings);
         parent.childrenLoaded = true;
     }
