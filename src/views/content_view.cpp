@@ -119,6 +119,8 @@ QWidget* readErrorView(int error)
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
     label->setForegroundRole(QPalette::PlaceholderText);
+    label->setBackgroundRole(QPalette::Base); // the same ground as the rows it stands for
+    label->setAutoFillBackground(true);
     return label;
 }
 
