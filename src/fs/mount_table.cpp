@@ -52,20 +52,32 @@ bool allDigits(std::string_view s)
     return true;
 }
 
+// "8:17" into its two numbers.
+bool parseDevice(std::string_view field, unsigned& major, unsigned& minor)
+{
+    const size_t colon = field.find(':');
+    const std::string_view left = field.substr(0, colon), right = field.substr(colon + 1);
+    if (colon == std::string_view::npos || !allDigits(left) || !allDigits(right) || left.size() > 9 || right.size() > 9)
+        return false;
+    major = unsigned(std::stoul(std::string(left)));
+    minor = unsigned(std::stoul(std::string(right)));
+    return true;
+}
+
 std::optional<MountRecord> parseLine(std::string_view line)
 {
     // 0 id, 1 parent id, 2 major:minor, 3 root, 4 mount point, 5 options, then optional
     // fields ("shared:1", "master:2", ...) up to a lone "-", then type, source, super options.
     const std::vector<std::string_view> fields = splitFields(line);
+    MountRecord record;
     if (fields.size() < 9 || !allDigits(fields[0]) || !allDigits(fields[1])
-        || fields[2].find(':') == std::string_view::npos)
+        || !parseDevice(fields[2], record.devMajor, record.devMinor))
         return std::nullopt;
     size_t separator = 6;
     while (separator < fields.size() && fields[separator] != "-")
         ++separator;
     if (separator + 2 >= fields.size())
         return std::nullopt;
-    MountRecord record;
     record.mountPoint = unescape(fields[4]);
     if (record.mountPoint.empty() || record.mountPoint[0] != '/')
         return std::nullopt;

@@ -15,6 +15,8 @@ struct MountRecord {
     std::string fsType;     // "ext4", "fuse.sshfs", ...
     std::string source;     // "/dev/sdb1", "server:/export", "none", ...
     std::string options;    // the per-mount options, e.g. "rw,nosuid,relatime"
+    unsigned devMajor = 0;  // the device numbers its files report in st_dev ("8:17")
+    unsigned devMinor = 0;
 
     bool operator==(const MountRecord&) const = default;
 };

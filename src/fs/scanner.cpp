@@ -1,9 +1,12 @@
 #include "fs/scanner.h"
 
+#include "fs/dir_fd.h"
 #include "fs/file_io.h"
+#include "fs/mount_table.h"
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
+#include "fs/walk_gate.h"
 #include "fs/work_stack.h"
 
 #include <unicode/ustring.h>
@@ -14,6 +17,7 @@
 #include <deque>
 #include <dirent.h>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace {
@@ -75,10 +79,42 @@ std::string icuCase(std::string_view s, bool upper)
 // threads (a thread costs far less than a few thousand status queries).
 constexpr size_t kSplitFolderFrom = 4096;
 
+// Folders are opened by a path relative to an open folder above them, never by their
+// full path, which may be longer than the system takes. Every few levels a folder's own
+// descriptor becomes the base of the levels below it (sooner when the relative path
+// grows long): a deep tree then holds one descriptor per few levels, not one per level.
+constexpr int kLevelsPerBase = 8;
+constexpr size_t kRelativePathLimit = 2048; // well below PATH_MAX, even with a long name added
+
+constexpr size_t kDirentBuffer = 64 * 1024;
+
+// A folder still to be read.
 struct Job {
     DirNode* node = nullptr;
     int64_t remaining = 0;
+    std::shared_ptr<DirFd> base; // an open folder above it (the working directory for the root)
+    std::string fromBase;        // its path relative to `base`
+    int levels = 0;              // folders in `fromBase`
+    std::shared_ptr<const WalkAncestor> self; // it and the folders above it (deep scans only)
 };
+
+int openDirAt(int dirfd, const char* path)
+{
+    int fd;
+    do
+        fd = sysCalls().openat(dirfd, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
+    while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+int statAt(int dirfd, const char* name, struct stat* st, int flags)
+{
+    int rc;
+    do
+        rc = sysCalls().fstatat(dirfd, name, st, flags);
+    while (rc != 0 && errno == EINTR);
+    return rc;
+}
 
 // The state one scan shares between its threads.
 class ScanRun {
@@ -94,63 +130,91 @@ public:
 
     void run(DirNode& root, int64_t depth)
     {
+        Job first{&root, depth, std::make_shared<DirFd>(AT_FDCWD), root.path, kLevelsPerBase, nullptr};
+        if (depth >= 2) {
+            // Only a walk that goes down needs to know where it started and what is mounted.
+            struct stat st;
+            if (statAt(AT_FDCWD, root.path.c_str(), &st, 0) == 0) {
+                first.self = std::make_shared<const WalkAncestor>(WalkAncestor{st.st_dev, st.st_ino, nullptr});
+                m_gate.emplace(mountTableRead(), st.st_dev);
+            }
+        }
         if (m_threads <= 1 || depth < 2) {
-            readTree(root, depth);
+            readTree(first);
             return;
         }
-        WorkStack<Job>::run({{&root, depth}}, m_threads,
-                            [this](Job& job, std::vector<Job>& subs) { readFolder(*job.node, job.remaining, subs); });
+        std::vector<Job> initial;
+        initial.push_back(std::move(first));
+        WorkStack<Job>::run(std::move(initial), m_threads,
+                            [this](Job& job, std::vector<Job>& subs) { readFolder(job, subs); });
     }
 
 private:
     // Sequential depth-first reading.
-    void readTree(DirNode& node, int64_t remaining)
+    void readTree(Job& job)
     {
         std::vector<Job> subs;
-        readFolder(node, remaining, subs);
-        for (const Job& job : subs)
-            readTree(*job.node, job.remaining);
+        readFolder(job, subs);
+        for (Job& sub : subs)
+            readTree(sub);
     }
 
-    // Reads one folder into node.children; appends its subfolders still to be read.
-    void readFolder(DirNode& parent, int64_t remaining, std::vector<Job>& subs)
+    struct Entry {
+        std::string name;
+        unsigned char type;
+    };
+
+    // The folder's entries in directory order, without "." and ".." (and hidden ones
+    // unless they are shown). A read error is noted on the node; what came before stays.
+    std::vector<Entry> readEntries(int fd, DirNode& node) const
     {
-        int fd = sysOpen(parent.path.c_str(), O_RDONLY | O_DIRECTORY);
-        DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
-        if (!dir) {
-            if (fd >= 0)
-                sysClose(fd);
+        thread_local std::vector<char> buffer(kDirentBuffer);
+        std::vector<Entry> entries;
+        node.readError = dirForEachEntry(fd, buffer, [&](const char* name, unsigned char type) {
+            if (name[0] != '.' || m_settings.showHidden)
+                entries.push_back({name, type});
+        });
+        return entries;
+    }
+
+    // What a status query told about one entry.
+    struct Status {
+        DirNodePtr node; // null: the entry is left out
+        dev_t device = 0;
+        ino_t inode = 0;
+        bool known = false; // whether device and inode were read
+    };
+
+    // Reads one folder into node.children; appends its subfolders still to be read.
+    void readFolder(Job& job, std::vector<Job>& subs)
+    {
+        DirNode& parent = *job.node;
+        // Held here until the subfolders that open through the same base have it.
+        const std::shared_ptr<DirFd> base = std::move(job.base);
+        const int fd = openDirAt(base->fd(), job.fromBase.c_str());
+        if (fd < 0) {
+            parent.readError = errno;
             return;
         }
+        const std::vector<Entry> entries = readEntries(fd, parent);
         const bool atRoot = parent.path == "/";
-        struct Entry {
-            std::string name;
-            unsigned char type;
-        };
-        std::vector<Entry> entries;
-        while (struct dirent* entry = ::readdir(dir)) {
-            const char* name = entry->d_name;
-            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
-                continue;
-            if (name[0] == '.' && !m_settings.showHidden)
-                continue;
-            entries.push_back({name, entry->d_type});
-        }
+        const bool deeper = job.remaining >= 2;
         // Builds the nodes of entries [from, to) into slots of the same index; a slot
-        // stays empty for an entry the search leaves out.
-        std::vector<DirNodePtr> slots(entries.size());
+        // stays empty for an entry the search leaves out or that has vanished.
+        std::vector<Status> slots(entries.size());
         auto build = [&](size_t from, size_t to) {
             for (size_t i = from; i < to; ++i) {
                 const Entry& e = entries[i];
                 const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
                 if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
                     continue; // a file the search will never print
-                const bool needStatus = wanted || m_statusForAll || e.type == DT_LNK || e.type == DT_UNKNOWN;
-                auto node = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name, e.type,
-                                     needStatus ? StatusQuery::Ask : StatusQuery::Skip);
-                if (!wanted && !node->isDir)
-                    continue; // a link or unknown entry that turned out not to be a folder
-                slots[i] = std::move(node);
+                // A folder to go down into needs its device and inode.
+                const bool needStatus = wanted || m_statusForAll || e.type == DT_LNK || e.type == DT_UNKNOWN
+                    || (deeper && e.type == DT_DIR);
+                Status status = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name,
+                                         e.type, needStatus ? StatusQuery::Ask : StatusQuery::Skip);
+                if (status.node && (wanted || status.node->isDir))
+                    slots[i] = std::move(status); // else a link or unknown entry that is no folder
             }
         };
         // A large folder's status queries are shared with a second thread; the slots
@@ -163,38 +227,64 @@ private:
         } else {
             build(0, entries.size());
         }
+        std::shared_ptr<DirFd> own; // this folder's descriptor, once a subfolder opens through it
         std::vector<DirNodePtr> children;
         children.reserve(slots.size());
-        for (auto& node : slots) {
-            if (!node)
+        for (size_t i = 0; i < slots.size(); ++i) {
+            Status& status = slots[i];
+            if (!status.node)
                 continue;
-            if (node->isDir && remaining >= 2) {
-                node->childrenLoaded = true;
-                subs.push_back({node.get(), remaining - 1});
-            } else {
-                node->childrenLoaded = !node->isDir;
+            DirNode& node = *status.node;
+            node.childrenLoaded = !node.isDir;
+            if (node.isDir && deeper && mayEnter(status, entries[i].type, job.self.get())) {
+                node.childrenLoaded = true;
+                Job sub{&node, job.remaining - 1, nullptr, {}, 1,
+                        std::make_shared<const WalkAncestor>(WalkAncestor{status.device, status.inode, job.self})};
+                const std::string& name = entries[i].name;
+                if (job.levels < kLevelsPerBase && job.fromBase.size() + 1 + name.size() < kRelativePathLimit) {
+                    sub.base = base;
+                    sub.fromBase = job.fromBase + "/" + name;
+                    sub.levels = job.levels + 1;
+                } else {
+                    if (!own)
+                        own = std::make_shared<DirFd>(fd);
+                    sub.base = own;
+                    sub.fromBase = name;
+                }
+                subs.push_back(std::move(sub));
             }
-            children.push_back(std::move(node));
+            children.push_back(std::move(status.node));
         }
-        ::closedir(dir);
+        if (!own)
+            sysClose(fd);
         parent.children = sortNodes(std::move(children), sortPlaceOf(parent.path), m_settings);
         parent.childrenLoaded = true;
     }
 
+    bool mayEnter(const Status& status, unsigned char dType, const WalkAncestor* path) const
+    {
+        if (!status.known || !m_gate)
+            return false; // where it lives is unknown: it stays unread, as at the depth limit
+        return m_gate->mayEnter(status.device, status.inode, dType == DT_LNK ? WalkStep::Link : WalkStep::Folder,
+                                path);
+    }
+
     enum class StatusQuery { Ask, Skip };
 
-    static DirNodePtr makeNode(int dirfd, const char* name, std::string path, unsigned char dType, StatusQuery query)
+    static Status makeNode(int dirfd, const char* name, std::string path, unsigned char dType, StatusQuery query)
     {
-        auto node = DirNode::make();
-        node->name = name;
-        node->path = std::move(path);
+        Status status;
         struct stat st;
         int rc = -1;
         if (query == StatusQuery::Ask) {
-            do
-                rc = sysCalls().fstatat(dirfd, name, &st, 0);
-            while (rc != 0 && errno == EINTR);
+            rc = statAt(dirfd, name, &st, 0);
+            // Gone since the folder was read: left out. A link to nothing is still listed.
+            if (rc != 0 && errno == ENOENT && statAt(dirfd, name, &st, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
+                return status;
         }
+        auto node = DirNode::make();
+        node->name = name;
+        node->path = std::move(path);
         const bool statOk = rc == 0;
         node->isDir = statOk ? S_ISDIR(st.st_mode) : dType == DT_DIR;
         node->size = statOk && !node->isDir ? int64_t(st.st_size) : 0;
@@ -206,13 +296,20 @@ private:
             node->kind = "Folder";
         else
             node->kind = nodeExtKind(node->name);
-        return node;
+        status.node = std::move(node);
+        if (statOk) {
+            status.device = st.st_dev;
+            status.inode = st.st_ino;
+            status.known = true;
+        }
+        return status;
     }
 
     const BrondelSettings& m_settings;
     const int m_threads;
     const NameFilter* const m_searchFilter;
     const bool m_statusForAll;
+    std::optional<WalkGate> m_gate; // set before the walk starts, for deep scans
 };
 
 } // namespace
@@ -241,6 +338,7 @@ void Scanner::loadChildren(DirNode& node) const
         return;
     auto fresh = scan(node.path, 1);
     node.children = std::move(fresh->children);
+    node.readError = fresh->readError;
     node.childrenLoaded = true;
 }
 

@@ -1,7 +1,12 @@
 #pragma once
 // Builds DirNode trees from the file system: one directory read and one status query per
 // entry. Deep scans read folders on two threads; every folder is sorted on its own, so
-// the tree is the same as a single-threaded scan gives.
+// the tree is the same as a single-threaded scan gives. Folders are opened relative to
+// an open folder above them, so paths longer than the system takes are walked too.
+// A deep scan lists a link to a folder as an "Alias" folder and goes through it unless
+// it leads back to a folder on the way down; it never goes into the kernel's own file
+// systems (see WalkGate). A folder that cannot be read, or only in part, carries the
+// errno in readError; an entry gone before its status was read is left out.
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"

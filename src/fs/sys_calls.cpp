@@ -9,10 +9,11 @@ namespace {
 int realOpen(const char* path, int flags, mode_t mode) { return ::open(path, flags, mode); }
 int realOpenat(int dirfd, const char* path, int flags, mode_t mode) { return ::openat(dirfd, path, flags, mode); }
 int realFstatat(int dirfd, const char* path, struct stat* st, int flags) { return ::fstatat(dirfd, path, st, flags); }
+ssize_t realGetdents64(int fd, void* buf, size_t count) { return ::getdents64(fd, buf, count); }
 
 const SysCalls kReal = {
     realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
-    ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat,
+    ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

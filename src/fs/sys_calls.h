@@ -27,6 +27,8 @@ struct SysCalls {
     ssize_t (*readlink)(const char* path, char* buf, size_t size);
     int (*fchmod)(int fd, mode_t mode);
     int (*fstat)(int fd, struct stat* st);
+    // Reads directory entries of an open folder (struct dirent64 records); 0 at the end.
+    ssize_t (*getdents64)(int fd, void* buf, size_t count);
 };
 
 // The table in force (the real calls unless a test overrides them).

@@ -4,9 +4,12 @@
 #include "views/list_view.h"
 
 #include <QItemSelectionModel>
+#include <QLabel>
 #include <QListView>
 #include <QMenu>
 
+#include <cerrno>
+#include <cstring>
 #include <set>
 
 void contentActivate(const DirNodePtr& node, const ContentHooks& hooks)
@@ -108,11 +111,39 @@ QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, cons
     return view;
 }
 
+// Says why the folder shows no rows, where the rows would be.
+QWidget* readErrorView(int error)
+{
+    auto* label = new QLabel(contentReadErrorText(error));
+    label->setObjectName(QStringLiteral("readError"));
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    label->setBackgroundRole(QPalette::Base); // the same ground as the rows it stands for
+    label->setAutoFillBackground(true);
+    return label;
+}
+
 } // namespace
+
+QString contentReadErrorText(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return QStringLiteral("Permission denied");
+    case ENOENT:
+        return QStringLiteral("No such folder");
+    default:
+        return QString::fromLocal8Bit(std::strerror(error));
+    }
+}
 
 QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<DirNodePtr> headers,
     const BrowserContext& context, const ContentHooks& hooks)
 {
+    if (root && root->readError != 0 && root->children.empty()) // what a partial read gave still shows
+        return readErrorView(root->readError);
     switch (mode) {
     case ViewMode::List:
         return new BrondelOutlineView(new ListSource(root, std::move(headers), context), context, hooks);

@@ -25,8 +25,13 @@ struct ContentHooks {
 
 // Builds the view of `mode` for `root`, with the favourites `headers` above its rows.
 // The icon and Peek modes show a grid of the root's items until their own views exist.
+// A root whose folder could not be read shows why instead of rows.
 QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<DirNodePtr> headers,
     const BrowserContext& context, const ContentHooks& hooks);
+
+// What a folder that could not be read shows: "Permission denied", "No such folder", or
+// the C library's text for the errno.
+QString contentReadErrorText(int error);
 
 // The widget that should take the keyboard focus inside a content view.
 QWidget* contentViewFocus(QWidget* view);

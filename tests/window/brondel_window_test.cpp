@@ -4,8 +4,14 @@
 #include "gui_test_main.h"
 #include "support/temp_tree.h"
 #include "sizes/folder_sizes.h"
+#include "fs/sys_calls.h"
 #include "window/brondel_window.h"
 
+#include <QLabel>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -25,6 +31,26 @@ std::vector<std::string> names(const DirNodePtr& node)
     for (const auto& child : node->children)
         out.push_back(child->name);
     return out;
+}
+
+// Folders named "locked" refuse to open with this errno.
+int g_lockedErrno = 0;
+
+int openatLocked(int dirfd, const char* path, int flags, mode_t mode)
+{
+    const char* slash = std::strrchr(path, '/');
+    if (std::strcmp(slash ? slash + 1 : path, "locked") == 0) {
+        errno = g_lockedErrno;
+        return -1;
+    }
+    return sysCallsReal().openat(dirfd, path, flags, mode);
+}
+
+// The text shown in place of the rows, or empty when the pane shows rows.
+QString shownError(const BrondelWindow& pane)
+{
+    auto* label = qobject_cast<QLabel*>(pane.contentView());
+    return label ? label->text() : QString();
 }
 
 } // namespace
@@ -209,6 +235,54 @@ private slots:
         pane->refresh();
         QVERIFY(!sizes.size(sub)); // asked anew (and walked again)
         QVERIFY(sizes.size(elsewhere));
+    }
+
+    void unreadableFolderSaysWhy()
+    {
+        TempTree tree;
+        tree.dir("locked");
+        tree.file("gone/a.txt");
+        tree.file("fine/b.txt");
+        TestContext t;
+        auto pane = paneAt(t, tree.root());
+        SysCalls calls = sysCallsReal();
+        calls.openat = openatLocked;
+        SysCallsOverride override(calls);
+        struct Case {
+            int error;
+            QString shown;
+        };
+        const Case cases[] = {
+            {EACCES, QStringLiteral("Permission denied")},
+            {EPERM, QStringLiteral("Permission denied")},
+            {EIO, QString::fromLocal8Bit(std::strerror(EIO))},
+        };
+        for (const Case& c : cases) {
+            g_lockedErrno = c.error;
+            pane->refresh();
+            pane->navigateLocal(tree.path("locked"));
+            t.scans.finishAll();
+            QCOMPARE(shownError(*pane), c.shown);
+            for (ViewMode mode : {ViewMode::Column, ViewMode::Icon, ViewMode::List}) {
+                pane->rebuildMode(mode);
+                QCOMPARE(shownError(*pane), c.shown);
+            }
+            pane->goBack();
+            t.scans.finishAll();
+        }
+
+        pane->navigateLocal(tree.path("gone"));
+        t.scans.finishAll();
+        QCOMPARE(names(pane->rootNode()), std::vector<std::string>{"a.txt"});
+        QVERIFY(shownError(*pane).isEmpty());
+        QCOMPARE(std::rename(tree.path("gone").c_str(), tree.path("moved").c_str()), 0); // gone from outside
+        pane->refresh();
+        t.scans.finishAll();
+        QCOMPARE(shownError(*pane), QStringLiteral("No such folder"));
+
+        pane->navigateLocal(tree.path("fine"));
+        t.scans.finishAll();
+        QVERIFY(shownError(*pane).isEmpty()); // rows again
     }
 
     void modeChangeRebuildsWithoutRescan()
