@@ -1,11 +1,9 @@
 #include "fs/mount_probe_helper.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,11 +19,11 @@ long rawCall(long number, long a = 0, long b = 0, long c = 0, long d = 0, long e
     return ::syscall(number, a, b, c, d, e, f);
 }
 
-[[noreturn]] void helperMain(int fd, pid_t parent)
+// Ends when this process closes its side of the socket (it exits, or gives the helper
+// up): the next receive then reads nothing. No parent-death signal: it would follow
+// the forking thread, not the process.
+[[noreturn]] void helperMain(int fd)
 {
-    rawCall(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL);
-    if (rawCall(SYS_getppid) != parent)
-        rawCall(SYS_exit_group, 0);
     // Keep only the socket: a stuck helper must not hold the caller's output pipe open
     // (a shell reading it would wait for the end of the stream).
     const int null = int(rawCall(SYS_openat, AT_FDCWD, long("/dev/null"), O_RDWR));
@@ -93,10 +91,9 @@ bool mountProbeSpawn(pid_t& pid, int& fd)
     int pair[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair) != 0)
         return false;
-    const pid_t parent = ::getpid();
     const pid_t child = ::fork();
     if (child == 0)
-        helperMain(pair[1], parent);
+        helperMain(pair[1]);
     ::close(pair[1]);
     if (child < 0) {
         ::close(pair[0]);

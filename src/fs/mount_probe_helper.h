@@ -3,8 +3,8 @@
 // guarded mount, it performs one raw system call per request and sends the answer back
 // over a socket. Forked from a threaded program, it touches nothing but system calls
 // (no allocation, no locks, no C library state), closes every inherited descriptor,
-// and dies with this process unless it is stuck in the kernel, where only its own
-// call waits.
+// and ends when this process closes its socket (this process exiting included), or,
+// when stuck in the kernel, as soon as its call returns; only its own call waits.
 
 #include <chrono>
 #include <climits>

@@ -24,8 +24,10 @@ using Clock = std::chrono::steady_clock;
 
 // A mount that answered this recently is not asked again before a drive is read.
 constexpr auto kTrustAnswer = std::chrono::seconds(2);
-// How often the background watcher looks at stuck mounts and the mount table.
+// How often the background watcher looks for late answers of stuck mounts, and how
+// often it looks at the mount table when nothing is stuck.
 constexpr auto kWatchTick = std::chrono::milliseconds(250);
+constexpr auto kIdleTick = std::chrono::seconds(1);
 
 MountDeadline effective(MountDeadline deadline)
 {
@@ -57,7 +59,8 @@ struct Worker {
     int fd = -1;
     std::mutex lock;
     std::condition_variable freed;
-    bool busy = false; // a call is out (possibly abandoned and watched in the background)
+    bool busy = false;      // a call is out (possibly abandoned and watched in the background)
+    bool abandoned = false; // the call out missed its deadline: nobody waits for this helper
 };
 
 struct Guard {
@@ -136,8 +139,9 @@ void retire(State& s, Guard& guard)
     guard.worker.reset();
 }
 
-// Background: hears the late answers of stuck mounts, forgets unmounted ones, reaps
-// abandoned helpers. It only waits in poll(), never on a file system.
+// Background, from the first helper on: hears the late answers of stuck mounts,
+// retires the helpers of unmounted drives, reaps abandoned helpers. It only waits in
+// poll() and sleeps, never on a file system.
 void watch()
 {
     State& s = state();
@@ -145,7 +149,6 @@ void watch()
         std::vector<std::pair<std::string, std::shared_ptr<Worker>>> stuck;
         {
             std::lock_guard guard(s.lock);
-            s.haveTable = false; // a fresh look each tick
             const auto& table = tableLocked(s);
             std::set<std::string> present;
             for (const MountRecord& m : table)
@@ -165,10 +168,11 @@ void watch()
         std::vector<pollfd> fds;
         for (auto& [key, worker] : stuck)
             fds.push_back({worker->fd, POLLIN, 0});
-        const int ready = fds.empty() ? 0 : ::poll(fds.data(), fds.size(), int(kWatchTick.count()));
-        if (fds.empty())
-            std::this_thread::sleep_for(kWatchTick);
-        if (ready <= 0)
+        if (fds.empty()) {
+            std::this_thread::sleep_for(kIdleTick);
+            continue;
+        }
+        if (::poll(fds.data(), fds.size(), int(kWatchTick.count())) <= 0)
             continue;
         for (size_t i = 0; i < fds.size(); ++i) {
             if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR)))
@@ -186,6 +190,7 @@ void watch()
             it->second.answeredAt = Clock::now();
             std::lock_guard workerGuard(worker->lock);
             worker->busy = false;
+            worker->abandoned = false;
             worker->freed.notify_all();
         }
     }
@@ -205,13 +210,18 @@ void startWatcherLocked(State& s)
 
 void markStuck(const std::string& key, const std::shared_ptr<Worker>& worker)
 {
+    {
+        // Callers queued behind the call that hangs give up at once.
+        std::lock_guard workerGuard(worker->lock);
+        worker->abandoned = true;
+        worker->freed.notify_all();
+    }
     State& s = state();
     std::lock_guard guard(s.lock);
     auto it = s.guards.find(key);
     if (it == s.guards.end() || it->second.worker != worker)
         return;
     it->second.stuck = true;
-    startWatcherLocked(s);
 }
 
 // Sends one request to the mount's helper and waits for the answer until `deadline`.
@@ -233,12 +243,16 @@ MountAnswer<MountProbeReply> askHelper(const MountRecord& mount, const MountProb
                 if (!mountProbeSpawn(fresh->pid, fresh->fd))
                     return {mountProbeServe(request), MountState::Responding}; // no process: ask directly
                 g.worker = std::move(fresh);
+                startWatcherLocked(s);
             }
             worker = g.worker;
         }
         {
             std::unique_lock workerGuard(worker->lock);
-            if (!worker->freed.wait_until(workerGuard, deadline, [&] { return !worker->busy; })) {
+            const bool free = worker->freed.wait_until(workerGuard, deadline,
+                                                       [&] { return !worker->busy || worker->abandoned; });
+            if (!free || worker->abandoned) {
+                workerGuard.unlock();
                 markStuck(key, worker); // an earlier call on it is still out
                 return {std::nullopt, MountState::NotResponding};
             }

@@ -68,6 +68,8 @@ std::optional<int64_t> FolderSizes::size(const std::string& path)
         if (m_pending.count(path))
             return std::nullopt;
     }
+    if (mountWatchdogIsStuckPath(path))
+        return std::nullopt; // a drive known not to answer: not even its lane is looked up
     const std::string pathLane = lane(path); // touches the disk: outside the lock
     {
         std::lock_guard guard(m_lock);

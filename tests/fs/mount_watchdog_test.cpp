@@ -114,6 +114,15 @@ TEST_F(WatchdogSeam, RemembersAStuckMountAndRecoversWhenItAnswers)
     EXPECT_TRUE(S_ISDIR(back.value->st_mode));
 }
 
+TEST_F(WatchdogSeam, AStuckDriveThatIsUnmountedIsForgotten)
+{
+    EXPECT_FALSE(mountWatchdogCapacity(m_point + "/slow", Clock::now() + 300ms).responding());
+    ASSERT_TRUE(mountWatchdogIsStuckAt(m_point));
+    mountWatchdogSetTableForTest(std::vector<MountRecord>{{"/", "ext4", "/dev/sda1", "rw"}});
+    EXPECT_TRUE(eventually([&] { return !mountWatchdogIsStuckAt(m_point); }));
+    EXPECT_TRUE(mountWatchdogStuckMounts().empty());
+}
+
 TEST_F(WatchdogSeam, OnlyStuckMountPointsOfAFolderAreNamed)
 {
     MountRecord good{m_root + "/good", "fuse.seam", "seam", "rw"};
