@@ -1,5 +1,7 @@
 #include "fs/volume.h"
 
+#include "fs/mount_watchdog.h"
+
 #include "support/hang_fs.h"
 #include "support/temp_tree.h"
 #include "support/test_env.h"
@@ -54,7 +56,12 @@ TEST(DriveSpace, AHungDriveIsNotRespondingAtOnceAndComesBack)
     fs.hang();
     const auto start = std::chrono::steady_clock::now();
     const std::optional<Volume> first = driveSpace(fs.mountPoint());
-    ASSERT_TRUE(first);
+    ASSERT_TRUE(first) << [&] {
+        const auto real = mountWatchdogRealpath(fs.mountPoint());
+        const auto mount = mountWatchdogMountOf(fs.mountPoint());
+        return "realpath " + std::string(real.responding() ? "answers " : "hangs ") + real.value.value_or("-")
+            + ", mount " + (mount ? mount->mountPoint + " " + mount->fsType : "-");
+    }();
     EXPECT_FALSE(first->responding);
     EXPECT_EQ(first->name, "Hung");
     const std::optional<Volume> again = driveSpace(fs.mountPoint()); // not cached, but remembered

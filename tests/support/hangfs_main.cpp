@@ -267,6 +267,16 @@ int main(int argc, char** argv)
         return 2;
     }
 
+    // Before mounting: the fixture may signal as soon as the mount shows up.
+    struct sigaction sa{};
+    sa.sa_handler = onQuit;
+    for (int sig : {SIGTERM, SIGINT, SIGHUP})
+        ::sigaction(sig, &sa, nullptr);
+    sa.sa_handler = onRelease;
+    ::sigaction(SIGUSR1, &sa, nullptr);
+    sa.sa_handler = onHang;
+    ::sigaction(SIGUSR2, &sa, nullptr);
+
     fuse_operations ops{};
     ops.getattr = hfGetattr;
     ops.access = hfAccess;
@@ -291,14 +301,6 @@ int main(int argc, char** argv)
         return 1;
     }
     g_session = fuse_get_session(fs);
-    struct sigaction sa{};
-    sa.sa_handler = onQuit;
-    for (int sig : {SIGTERM, SIGINT, SIGHUP})
-        ::sigaction(sig, &sa, nullptr);
-    sa.sa_handler = onRelease;
-    ::sigaction(SIGUSR1, &sa, nullptr);
-    sa.sa_handler = onHang;
-    ::sigaction(SIGUSR2, &sa, nullptr);
 
     fuse_loop_config* config = fuse_loop_cfg_create();
     fuse_loop_cfg_set_max_threads(config, 64); // every blocked call holds one thread
