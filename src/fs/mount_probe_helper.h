@@ -16,17 +16,19 @@
 
 enum class MountProbeOp : uint32_t { Stat, Lstat, Statfs, Readlink };
 
+// The buffers are left uninitialised on purpose: these records are made for every
+// path component a resolution looks at, and only the part the call fills is read.
 struct MountProbeRequest {
     MountProbeOp op = MountProbeOp::Stat;
-    char path[PATH_MAX] = {};
+    char path[PATH_MAX]; // NUL-terminated by mountProbeRequestFill
 };
 
 struct MountProbeReply {
     int64_t rc = -1; // the call's result (Readlink: the length of text)
     int32_t err = 0; // errno when rc < 0
-    struct stat st = {};
-    struct statfs fs = {};
-    char text[PATH_MAX] = {};
+    struct stat st;    // Stat, Lstat
+    struct statfs fs;  // Statfs
+    char text[PATH_MAX]; // Readlink (not terminated)
 };
 
 enum class MountProbeResult {

@@ -28,6 +28,7 @@ constexpr auto kTrustAnswer = std::chrono::seconds(2);
 // often it looks at the mount table when nothing is stuck.
 constexpr auto kWatchTick = std::chrono::milliseconds(250);
 constexpr auto kIdleTick = std::chrono::seconds(1);
+constexpr auto kChangesPollEvery = std::chrono::milliseconds(2);
 
 MountDeadline effective(MountDeadline deadline)
 {
@@ -78,6 +79,7 @@ struct State {
     bool haveTable = false;
     std::optional<std::vector<MountRecord>> testTable;
     int changesFd = -2; // /proc/self/mountinfo held open to hear of changes; -1 if it cannot be
+    Clock::time_point changesPolledAt{};
     std::vector<pid_t> toReap; // abandoned helpers, reaped once they end
     bool watcherRunning = false;
 };
@@ -97,6 +99,12 @@ bool tableChanged(State& s)
         s.changesFd = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
     if (s.changesFd < 0)
         return false;
+    // One look per few milliseconds: a path resolution asks once per component, and a
+    // mount made that recently is not yet anything a user could have navigated to.
+    const auto now = Clock::now();
+    if (now - s.changesPolledAt < kChangesPollEvery)
+        return false;
+    s.changesPolledAt = now;
     pollfd pfd{s.changesFd, POLLPRI, 0};
     return ::poll(&pfd, 1, 0) > 0 && (pfd.revents & (POLLPRI | POLLERR));
 }
@@ -290,10 +298,17 @@ MountAnswer<MountProbeReply> ask(MountProbeOp op, std::string_view path, MountDe
     MountProbeRequest request;
     if (!mountProbeRequestFill(request, op, path))
         return {std::nullopt, MountState::Responding}; // too long for any system call
-    std::optional<MountRecord> mount = mountWatchdogMountOf(path);
-    if (!mount || !mountWatchdogGuards(*mount))
+    std::optional<MountRecord> guarded; // copied only when the call goes to a helper
+    {
+        State& s = state();
+        std::lock_guard guard(s.lock);
+        const MountRecord* mount = mountOfLocked(s, path);
+        if (mount && mountWatchdogGuards(*mount))
+            guarded = *mount;
+    }
+    if (!guarded)
         return {mountProbeServe(request), MountState::Responding};
-    return askHelper(*mount, request, effective(deadline));
+    return askHelper(*guarded, request, effective(deadline));
 }
 
 template <class T, class F> MountAnswer<T> convert(const MountAnswer<MountProbeReply>& answer, F&& f)
