@@ -2,6 +2,9 @@
 
 #include "fs/text_lines.h"
 
+#include <charconv>
+#include <sys/sysmacros.h>
+
 namespace {
 
 bool isOctal(char c) { return c >= '0' && c <= '7'; }
@@ -70,9 +73,10 @@ std::optional<MountRecord> parseLine(std::string_view line)
     // fields ("shared:1", "master:2", ...) up to a lone "-", then type, source, super options.
     const std::vector<std::string_view> fields = splitFields(line);
     MountRecord record;
-    if (fields.size() < 9 || !allDigits(fields[0]) || !allDigits(fields[1])
-        || !parseDevice(fields[2], record.devMajor, record.devMinor))
+    unsigned major = 0, minor = 0;
+    if (fields.size() < 9 || !allDigits(fields[0]) || !allDigits(fields[1]) || !parseDevice(fields[2], major, minor))
         return std::nullopt;
+    record.device = makedev(major, minor);
     size_t separator = 6;
     while (separator < fields.size() && fields[separator] != "-")
         ++separator;

@@ -3,6 +3,7 @@
 #include "fs/dir_fd.h"
 #include "fs/file_io.h"
 #include "fs/mount_table.h"
+#include "fs/mount_watchdog.h"
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
@@ -191,6 +192,14 @@ private:
         DirNode& parent = *job.node;
         // Held here until the subfolders that open through the same base have it.
         const std::shared_ptr<DirFd> base = std::move(job.base);
+        // The first folder may lie on a drive that no longer answers: it is asked through
+        // the watchdog and, when stuck, left unread. Folders below it are reached through
+        // the gate, which knows the stuck devices, and their dead mount points (below).
+        if (!job.self || !job.self->up)
+            if (mountWatchdogCheck(parent.path) != MountState::Responding) {
+                parent.readError = ETIMEDOUT;
+                return;
+            }
         const int fd = openDirAt(base->fd(), job.fromBase.c_str());
         if (fd < 0) {
             parent.readError = errno;
@@ -202,10 +211,19 @@ private:
         // Builds the nodes of entries [from, to) into slots of the same index; a slot
         // stays empty for an entry the search leaves out or that has vanished.
         std::vector<Status> slots(entries.size());
+        // Mount points of dead drives in this folder get no status query (it would hang):
+        // they are listed as folders and left unread.
+        const std::vector<std::string> stuck = mountWatchdogStuckEntries(parent.path);
         auto build = [&](size_t from, size_t to) {
             for (size_t i = from; i < to; ++i) {
                 const Entry& e = entries[i];
                 const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
+                if (!stuck.empty() && std::find(stuck.begin(), stuck.end(), e.name) != stuck.end()) {
+                    if (wanted)
+                        slots[i] = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name,
+                                            DT_DIR, StatusQuery::Skip);
+                    continue;
+                }
                 if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
                     continue; // a file the search will never print
                 // A folder to go down into needs its device and inode.

@@ -1,5 +1,7 @@
 #include "fs/walk_gate.h"
 
+#include "fs/mount_watchdog.h"
+
 #include <algorithm>
 #include <array>
 #include <sys/sysmacros.h>
@@ -18,7 +20,7 @@ WalkGate::WalkGate(const std::vector<MountRecord>& mounts, dev_t startDevice)
 {
     for (const MountRecord& mount : mounts)
         if (walkGateKernelFsType(mount.fsType))
-            m_kernelDevices.push_back(makedev(mount.devMajor, mount.devMinor));
+            m_kernelDevices.push_back(mount.device);
     std::sort(m_kernelDevices.begin(), m_kernelDevices.end());
 }
 
@@ -37,7 +39,7 @@ bool walkGateOnPath(const WalkAncestor* path, dev_t device, ino_t inode)
 
 bool WalkGate::mayEnter(dev_t device, ino_t inode, WalkStep step, const WalkAncestor* path) const
 {
-    if (walkGateOnPath(path, device, inode))
+    if (walkGateOnPath(path, device, inode) || mountWatchdogIsStuck(device))
         return false;
     if (!isKernelFs(m_startDevice))
         return !isKernelFs(device);

@@ -134,6 +134,8 @@ QString contentReadErrorText(int error)
         return QStringLiteral("Permission denied");
     case ENOENT:
         return QStringLiteral("No such folder");
+    case ETIMEDOUT: // the scanner's word for a drive the mount watchdog found stuck
+        return QStringLiteral("The drive is not responding");
     default:
         return QString::fromLocal8Bit(std::strerror(error));
     }
