@@ -22,7 +22,8 @@ struct DirNode {
     std::vector<DirNodePtr> children;
     bool childrenLoaded = false;
     // Why the folder's entries could not be read, or read only in part: the errno of
-    // opening or reading it (EACCES, ENOENT, EIO, ...); 0 when read in full or not read.
+    // opening or reading it (EACCES, ENOENT, EIO, ...; ETIMEDOUT for a drive that does not answer); 0 when
+    // read in full or not read.
     int readError = 0;
     bool isSectionHeader = false;
     std::optional<double> hue;
