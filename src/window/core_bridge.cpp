@@ -6,7 +6,6 @@
 #include "fs/computer_root.h"
 #include "fs/volume_list.h"
 #include "sizes/folder_sizes.h"
-#include "sizes/info_notifier.h"
 
 DirNodePtr bridgeComputerRoot()
 {
@@ -40,15 +39,4 @@ std::vector<BridgeDrive> bridgeDrives()
     for (const auto& volume : VolumeList::mounted())
         drives.push_back({volume.name, volume.path});
     return drives;
-}
-
-InfoChangedHub& InfoChangedHub::instance()
-{
-    static InfoChangedHub* hub = new InfoChangedHub;
-    return *hub;
-}
-
-InfoChangedHub::InfoChangedHub()
-{
-    connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, this, &InfoChangedHub::infoChanged);
 }

@@ -1,20 +1,14 @@
 #include "window/scan_service.h"
 
 #include "fs/scanner.h"
-#include "fs/work_class.h"
-
-#include <QPointer>
 
 ScanService::ScanService(int threads, QObject* parent)
     : QObject(parent)
+    , m_work(threads, WorkClass::UserInitiated) // below the UI thread, above size walks
 {
-    m_pool.setMaxThreadCount(threads);
 }
 
-ScanService::~ScanService()
-{
-    m_pool.waitForDone();
-}
+ScanService::~ScanService() = default;
 
 void ScanService::scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done)
 {
@@ -27,17 +21,5 @@ void ScanService::scan(const std::string& path, const BrondelSettings& settings,
 
 void ScanService::submit(QObject* context, Work work)
 {
-    // The guard is made and read on the main thread only; the worker merely carries it.
-    QPointer<QObject> guard(context);
-    m_pool.start([this, guard, work = std::move(work)] {
-        threadSetWorkClass(WorkClass::UserInitiated); // below the UI thread, above size walks
-        std::function<void()> then = work();
-        QMetaObject::invokeMethod(
-            this,
-            [guard, then = std::move(then)] {
-                if (guard)
-                    then();
-            },
-            Qt::QueuedConnection);
-    });
+    m_work.submit(context, std::move(work));
 }
