@@ -15,13 +15,17 @@ using Clock = std::chrono::steady_clock;
 struct DetachedPool::State {
     int maxThreads;
     WorkClass work;
+    WhenStuck whenStuck;
     std::mutex lock;
     std::condition_variable wake; // tasks queued, or stopping
     std::condition_variable done; // nothing queued or running
+    std::condition_variable minder; // stopping
     std::deque<std::function<void()>> tasks;
     std::vector<Clock::time_point> busySince; // one per running task
     int threads = 0;
     int idle = 0;
+    int starting = 0; // started, not yet waiting for tasks: each will take one
+    bool minding = false; // a minder thread watches for stuck threads
     bool stopping = false;
 
     bool allStuck(Clock::time_point now) const
@@ -31,11 +35,12 @@ struct DetachedPool::State {
     }
 };
 
-DetachedPool::DetachedPool(int maxThreads, WorkClass work)
+DetachedPool::DetachedPool(int maxThreads, WorkClass work, WhenStuck stuck)
     : m_state(std::make_shared<State>())
 {
     m_state->maxThreads = std::max(1, maxThreads);
     m_state->work = work;
+    m_state->whenStuck = stuck;
 }
 
 DetachedPool::~DetachedPool()
@@ -48,28 +53,62 @@ DetachedPool::~DetachedPool()
     }
     m_state->wake.notify_all();
     m_state->done.notify_all();
+    m_state->minder.notify_all();
     // `dropped` goes here, outside the lock: the captured state of tasks never run.
 }
 
 void DetachedPool::start(std::function<void()> task)
 {
-    State& s = *m_state;
-    std::lock_guard guard(s.lock);
-    if (s.stopping)
+    std::lock_guard guard(m_state->lock);
+    if (m_state->stopping)
         return;
-    s.tasks.push_back(std::move(task));
+    m_state->tasks.push_back(std::move(task));
+    if (!spawn(m_state))
+        m_state->wake.notify_one();
+}
+
+bool DetachedPool::spawn(const std::shared_ptr<State>& state)
+{
+    State& s = *state;
+    if (int(s.tasks.size()) <= s.idle + s.starting)
+        return false; // an idle or starting thread takes it
     const bool room = s.threads < s.maxThreads;
-    const bool stuck = s.threads < s.maxThreads + kStuckExtra && s.idle == 0 && s.allStuck(Clock::now());
-    if (int(s.tasks.size()) > s.idle && (room || stuck)) {
-        try {
-            std::thread(loop, m_state).detach();
+    const bool addStuck = s.whenStuck == WhenStuck::AddThread;
+    const bool stuck = addStuck && s.threads < s.maxThreads + kStuckExtra && s.idle + s.starting == 0
+        && s.allStuck(Clock::now());
+    try {
+        if (room || stuck) {
+            std::thread(loop, state).detach();
             ++s.threads;
-            return;
-        } catch (const std::system_error&) {
-            // No thread to be had now: a running one takes the task when it is free.
+            ++s.starting;
+            return true;
         }
+        if (addStuck && !s.minding) {
+            // The task waits for a busy thread: should they all turn out to be stuck, the
+            // minder gives it a thread of its own then.
+            std::thread(mind, state).detach();
+            s.minding = true;
+        }
+    } catch (const std::system_error&) {
+        // No thread to be had now: a running one takes the task when it is free.
     }
-    s.wake.notify_one();
+    return false;
+}
+
+void DetachedPool::mind(std::shared_ptr<State> state)
+{
+    State& s = *state;
+    std::unique_lock guard(s.lock);
+    while (!s.stopping && int(s.tasks.size()) > s.idle + s.starting) {
+        if (spawn(state))
+            continue;
+        if (s.threads >= s.maxThreads + kStuckExtra)
+            break;
+        // Until the youngest running task counts as stuck (or something changes).
+        const auto youngest = s.busySince.empty() ? Clock::now() : *std::max_element(s.busySince.begin(), s.busySince.end());
+        s.minder.wait_until(guard, youngest + kStuckAfter + std::chrono::milliseconds(10));
+    }
+    s.minding = false;
 }
 
 bool DetachedPool::waitForDone(std::chrono::milliseconds timeout)
@@ -95,6 +134,7 @@ void DetachedPool::loop(std::shared_ptr<State> state)
     DetachedPool::State& s = *state;
     threadSetWorkClass(s.work);
     std::unique_lock guard(s.lock);
+    --s.starting;
     for (;;) {
         ++s.idle;
         s.wake.wait(guard, [&s] { return !s.tasks.empty() || s.stopping; });

@@ -6,8 +6,8 @@
 // finish their current task, if ever, and end on their own (the process ending ends them
 // too). Threads start on demand up to the limit, run at the pool's work class and take
 // tasks in the order they were given. When every thread has been busy for a while (stuck,
-// most likely), a new task gets one extra thread, so that one dead mount does not starve
-// every other read.
+// most likely), a waiting task gets one extra thread, so that one dead mount does not
+// starve every other read; a queue whose tasks must never overlap (WhenStuck::Wait) waits.
 
 #include "fs/work_class.h"
 
@@ -15,14 +15,16 @@
 #include <functional>
 #include <memory>
 
+enum class WhenStuck { AddThread, Wait };
+
 class DetachedPool {
 public:
     // Past this, a busy thread counts as stuck when a new task needs a thread.
-    static constexpr std::chrono::milliseconds kStuckAfter{1500};
+    static constexpr std::chrono::milliseconds kStuckAfter{400};
     // Extra threads beyond the limit, at most, for tasks queued behind stuck ones.
     static constexpr int kStuckExtra = 16;
 
-    DetachedPool(int maxThreads, WorkClass work);
+    DetachedPool(int maxThreads, WorkClass work, WhenStuck stuck = WhenStuck::AddThread);
     ~DetachedPool(); // never waits
     DetachedPool(const DetachedPool&) = delete;
     DetachedPool& operator=(const DetachedPool&) = delete;
@@ -40,5 +42,8 @@ public:
 private:
     struct State;
     static void loop(std::shared_ptr<State> state);
+    static void mind(std::shared_ptr<State> state);
+    // Starts a thread for the queued tasks when the rules allow (lock held).
+    static bool spawn(const std::shared_ptr<State>& state);
     std::shared_ptr<State> m_state;
 };

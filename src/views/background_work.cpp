@@ -19,10 +19,10 @@ struct BackgroundWork::Mailbox {
     }
 };
 
-BackgroundWork::BackgroundWork(int threads, WorkClass work, QObject* parent)
+BackgroundWork::BackgroundWork(int threads, WorkClass work, WhenStuck stuck, QObject* parent)
     : QObject(parent)
     , m_mailbox(std::make_shared<Mailbox>())
-    , m_pool(threads, work)
+    , m_pool(threads, work, stuck)
 {
     m_mailbox->receiver = this;
 }

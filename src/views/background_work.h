@@ -18,7 +18,7 @@ public:
     // (empty: nothing).
     using Work = std::function<std::function<void()>()>;
 
-    BackgroundWork(int threads, WorkClass work, QObject* parent = nullptr);
+    BackgroundWork(int threads, WorkClass work, WhenStuck stuck = WhenStuck::AddThread, QObject* parent = nullptr);
     ~BackgroundWork() override; // never waits: queued tasks are dropped, running ones let go
 
     // `work` on the pool, its continuation on the main thread unless `context` has been

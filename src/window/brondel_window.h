@@ -44,6 +44,7 @@ public:
     std::optional<int64_t> scanPendingGen() const { return m_scanPendingGen; }
     bool isDimmed() const { return m_dimmed; }
     const std::vector<DirNodePtr>& headers() const { return m_headers; }
+    bool rootIsDrive() const { return m_rootIsDrive; }
     QWidget* contentView() const { return m_contentView; }
     const BrowserContext& context() const { return m_context; }
 

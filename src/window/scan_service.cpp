@@ -4,7 +4,9 @@
 
 ScanService::ScanService(int threads, QObject* parent)
     : QObject(parent)
-    , m_work(threads, WorkClass::UserInitiated) // below the UI thread, above size walks
+    // Below the UI thread, above size walks. One thread is a queue whose tasks never
+    // overlap, even when one is stuck: the edits of a file then apply in order.
+    , m_work(threads, WorkClass::UserInitiated, threads == 1 ? WhenStuck::Wait : WhenStuck::AddThread)
 {
 }
 

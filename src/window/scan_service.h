@@ -29,7 +29,8 @@ public:
 
     // Any other background read: `work` runs on the pool, its continuation on the main
     // thread unless `context` has been destroyed by then (no context: always). With one
-    // thread, tasks run in the order they were submitted.
+    // thread, tasks run one after the other in the order they were submitted, even when
+    // one is stuck; with more, tasks queued behind stuck ones get spare threads.
     void submit(QObject* context, Work work);
 
     // Waits until nothing is running (tests, benchmarks).

@@ -85,23 +85,51 @@ TEST(DetachedPool, DestroyingNeverWaitsForAStuckTaskAndDropsTheQueue)
     EXPECT_FALSE(*ranLate);
 }
 
-TEST(DetachedPool, TasksBehindStuckThreadsGetAThreadOfTheirOwn)
+TEST(DetachedPool, TasksBehindStuckThreadsGetThreadsOfTheirOwnUnlessTheQueueIsStrict)
 {
-    Gate gate;
-    DetachedPool pool(1, WorkClass::Utility);
-    pool.start([&gate] { gate.wait(); });
-    ASSERT_TRUE(within(2s, [&] { return gate.waiting == 1; }));
-
-    std::atomic<bool> early{false};
-    pool.start([&early] { early = true; }); // the only thread is busy, but not for long yet
+    // Both modes in one wait: the gates hold a thread of each pool past the stuck mark.
+    struct Case {
+        WhenStuck mode;
+        bool runsBeforeRelease;
+    };
+    const Case cases[] = {{WhenStuck::AddThread, true}, {WhenStuck::Wait, false}};
+    std::vector<std::unique_ptr<Gate>> gates;
+    std::vector<std::unique_ptr<DetachedPool>> pools;
+    std::vector<std::unique_ptr<std::atomic<int>>> ran;
+    for (const Case& c : cases) {
+        gates.push_back(std::make_unique<Gate>());
+        pools.push_back(std::make_unique<DetachedPool>(1, WorkClass::Utility, c.mode));
+        ran.push_back(std::make_unique<std::atomic<int>>(0));
+        Gate* gate = gates.back().get();
+        std::atomic<int>* count = ran.back().get();
+        pools.back()->start([gate] { gate->wait(); });
+        ASSERT_TRUE(within(2s, [&] { return gate->waiting == 1; }));
+        pools.back()->start([count] { ++*count; }); // busy, but not for long yet: waits
+    }
     std::this_thread::sleep_for(100ms);
-    EXPECT_FALSE(early);
+    for (const auto& count : ran)
+        EXPECT_EQ(*count, 0);
 
-    std::this_thread::sleep_for(DetachedPool::kStuckAfter);
-    std::atomic<bool> late{false};
-    pool.start([&late] { late = true; }); // every thread stuck: one more starts
-    EXPECT_TRUE(within(2s, [&] { return early && late; }));
-    EXPECT_EQ(pool.threadCount(), 2);
-    gate.release();
-    EXPECT_TRUE(pool.waitForDone(5s));
+    // Once the busy thread counts as stuck, the waiting task gets a thread of its own.
+    std::this_thread::sleep_for(DetachedPool::kStuckAfter + 200ms);
+    for (size_t i = 0; i < pools.size(); ++i)
+        EXPECT_EQ(*ran[i], cases[i].runsBeforeRelease ? 1 : 0) << i;
+    for (size_t i = 0; i < pools.size(); ++i) {
+        std::atomic<int>* count = ran[i].get();
+        pools[i]->start([count] { ++*count; }); // every thread stuck now
+    }
+    for (size_t i = 0; i < pools.size(); ++i) {
+        SCOPED_TRACE(i);
+        if (cases[i].runsBeforeRelease) {
+            EXPECT_TRUE(within(2s, [&] { return *ran[i] == 2; }));
+            EXPECT_EQ(pools[i]->threadCount(), 2);
+        } else {
+            std::this_thread::sleep_for(100ms);
+            EXPECT_EQ(*ran[i], 0);
+            EXPECT_EQ(pools[i]->threadCount(), 1);
+        }
+        gates[i]->release();
+        EXPECT_TRUE(pools[i]->waitForDone(5s));
+        EXPECT_EQ(*ran[i], 2);
+    }
 }
