@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 // One mount, with every field's octal escapes ("\040" for a space) decoded to bytes.
@@ -15,6 +16,7 @@ struct MountRecord {
     std::string fsType;     // "ext4", "fuse.sshfs", ...
     std::string source;     // "/dev/sdb1", "server:/export", "none", ...
     std::string options;    // the per-mount options, e.g. "rw,nosuid,relatime"
+    dev_t device = 0;       // the file system's device number (st_dev of its files)
 
     bool operator==(const MountRecord&) const = default;
 };
