@@ -27,9 +27,15 @@ void bridgeSizesForget(const std::string& path);
 // The sidebar's top section: its title and the existing folders, named.
 SidebarSection bridgeSidebarRead();
 
-// The mounted user-visible drives as (name, mount path).
+// The mounted user-visible drives as (name, mount path), each with whether it answered
+// (waits at most the watchdog's deadline in all).
 struct BridgeDrive {
     std::string name;
     std::string path;
+    bool responding = true;
 };
 std::vector<BridgeDrive> bridgeDrives();
+
+// Whether the drive mounted at `mountPoint` is remembered as not responding: a look-up,
+// no system call (for the UI thread).
+bool bridgeDriveStuck(const std::string& mountPoint);

@@ -3,9 +3,11 @@
 // switches modes and refreshes, it makes no disk call of its own after start-up, and
 // quitting returns at once although background threads are stuck on that mount.
 //
-// The mount is played by the system-call seam: every stat, statx and open of a path
-// under the "dead" folder waits until the test lets go (a call on the UI thread waits
-// 300 ms only, so that a fault shows as a failed beat rather than a test that hangs).
+// The mount is played twice. By the system-call seam: every stat, statx and open of a
+// path under the "dead" folder waits until the test lets go (a call on the UI thread
+// waits 300 ms only, so that a fault shows as a failed beat rather than a test that
+// hangs). And by a real FUSE file system that stops answering (skipped where FUSE cannot
+// be used); there the drive must also be shown as not responding.
 
 #include "gui_test_main.h"
 
@@ -13,18 +15,27 @@
 #include "config/recents.h"
 #include "config/sidebar_file.h"
 #include "fs/sys_calls.h"
+#include "fs/mount_watchdog.h"
 #include "sizes/info_module.h"
+#include "support/hang_fs.h"
 #include "support/temp_tree.h"
 #include "views/row_info_cache.h"
 #include "window/app_delegate.h"
 #include "window/browser_frame.h"
 #include "window/sidebar_view.h"
+#include "views/list_source.h"
+
+#include <QAbstractItemView>
 
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <cstdio>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -146,23 +157,54 @@ public:
     }
 };
 
-// Ticks every 5 ms on the UI thread and keeps the longest gap between two ticks.
+// Time the calling thread has spent ready to run but waiting for a core (from the
+// scheduler's statistics; 0 where the kernel keeps none).
+qint64 runQueueWaitNs()
+{
+    int fd = ::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC); // not through the seam
+    if (fd < 0)
+        return 0;
+    char buf[128] = {};
+    const ssize_t n = ::read(fd, buf, sizeof buf - 1);
+    ::close(fd);
+    unsigned long long onCpu = 0, waiting = 0;
+    if (n <= 0 || std::sscanf(buf, "%llu %llu", &onCpu, &waiting) != 2)
+        return 0;
+    return qint64(waiting);
+}
+
+// Ticks every 5 ms on the UI thread and keeps the longest gap between two ticks. A busy
+// machine (other builds on the same two cores) can keep a ready thread off the CPU for
+// tens of milliseconds; that wait is no stall of ours, so it is taken out of the gap.
 class Heartbeat {
 public:
     Heartbeat()
     {
         m_timer.setInterval(5);
         m_timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { m_longest = std::max(m_longest, m_clock.restart()); });
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { tick(); });
         m_timer.start();
         m_clock.start();
+        m_waited = runQueueWaitNs();
     }
     qint64 longestMs() const { return m_longest; }
+    qint64 longestRawMs() const { return m_longestRaw; }
 
 private:
+    void tick()
+    {
+        const qint64 gap = m_clock.restart();
+        const qint64 waited = runQueueWaitNs();
+        const qint64 ours = gap - (waited - m_waited) / 1000000;
+        m_waited = waited;
+        m_longestRaw = std::max(m_longestRaw, gap);
+        m_longest = std::max(m_longest, ours);
+    }
     QTimer m_timer;
     QElapsedTimer m_clock;
+    qint64 m_waited = 0;
     qint64 m_longest = 0;
+    qint64 m_longestRaw = 0;
 };
 
 DirNodePtr folderNode(const std::string& path, const std::string& name)
@@ -172,6 +214,41 @@ DirNodePtr folderNode(const std::string& path, const std::string& name)
     node->name = name;
     node->isDir = true;
     return node;
+}
+
+// Closes every window, returns from an event loop and destroys the services; how long
+// that took.
+qint64 quitTimed(std::function<void()> destroyServices)
+{
+    QElapsedTimer quit;
+    quit.start();
+    for (QWidget* window : QApplication::topLevelWidgets())
+        window->close();
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, &QEventLoop::quit);
+    loop.exec();
+    destroyServices();
+    return quit.elapsed();
+}
+
+// The sidebar row of the drive mounted at `path`.
+QTreeWidgetItem* sidebarRow(SidebarView* sidebar, const std::string& path)
+{
+    for (QTreeWidgetItemIterator it(sidebar); *it; ++it)
+        if (SidebarView::pathOf(*it) == path && (*it)->parent() && (*it)->parent()->text(0) == "Computer")
+            return *it;
+    return nullptr;
+}
+
+// The size column's text of the top-level row of `path` in a pane's list view.
+QString listInfo(BrondelWindow* pane, const std::string& path)
+{
+    auto* view = qobject_cast<QAbstractItemView*>(pane->contentView());
+    auto* source = view ? qobject_cast<ListSource*>(view->model()) : nullptr;
+    if (!source)
+        return {};
+    QModelIndex row = source->indexOfPath(path);
+    return row.isValid() ? row.siblingAtColumn(ListSource::Size).data().toString() : QString();
 }
 
 } // namespace
@@ -203,6 +280,14 @@ private slots:
         QVERIFY(pinnedWrite(std::string(kPinnedDefaultHeader), {{"Work", {m_alive, g_dead.folder}, std::nullopt}}));
         QVERIFY(sidebarWrite("Favorites", {m_alive, g_dead.folder}));
         m_seam = std::make_unique<SysCallsOverride>(kHanging);
+    }
+
+    // A test that fails half-way must not leave the UI-thread record running.
+    void init()
+    {
+        g_dead.started = false;
+        std::lock_guard guard(g_dead.lock);
+        g_dead.uiCalls.clear();
     }
 
     void cleanupTestCase()
@@ -265,8 +350,8 @@ private slots:
         QTest::qWait(200);
 
         const qint64 longest = beat.longestMs();
-        qInfo("longest UI-thread gap %lld ms; %d calls waiting on the dead mount", (long long)longest,
-            g_dead.backgroundWaits.load());
+        qInfo("longest UI-thread gap %lld ms (%lld ms with the waits for a core); %d calls waiting on the dead mount",
+            (long long)longest, (long long)beat.longestRawMs(), g_dead.backgroundWaits.load());
         QVERIFY2(g_dead.faults().empty(), g_dead.faults().empty() ? "" : g_dead.faults().front().c_str());
         QCOMPARE(g_moduleUiCalls.load(), 0);
         QVERIFY2(longest < 50, qPrintable(QStringLiteral("UI thread stalled %1 ms").arg(longest)));
@@ -275,15 +360,11 @@ private slots:
 
         // Quitting: the windows close, the event loop returns and the services go,
         // while their threads are still stuck on the dead mount.
-        QElapsedTimer quit;
-        quit.start();
-        frame->close();
-        QEventLoop loop;
-        QTimer::singleShot(0, &loop, &QEventLoop::quit);
-        loop.exec();
-        scans.reset();
-        edits.reset();
-        QVERIFY2(quit.elapsed() < 1000, qPrintable(QString::number(quit.elapsed())));
+        const qint64 quit = quitTimed([&] {
+            scans.reset();
+            edits.reset();
+        });
+        QVERIFY2(quit < 1000, qPrintable(QString::number(quit)));
         g_dead.started = false;
     }
 
@@ -300,15 +381,68 @@ private slots:
         QTest::qWait(100);
         QVERIFY(delegate->windows().back()->activePane()->scanPendingGen()); // stuck for good
 
-        QElapsedTimer quit;
-        quit.start();
-        for (BrowserFrame* frame : delegate->windows())
-            frame->close();
-        QEventLoop loop;
-        QTimer::singleShot(0, &loop, &QEventLoop::quit);
-        loop.exec();
-        delegate.reset();
-        QVERIFY2(quit.elapsed() < 1000, qPrintable(QString::number(quit.elapsed())));
+        const qint64 quit = quitTimed([&] { delegate.reset(); });
+        QVERIFY2(quit < 1000, qPrintable(QString::number(quit)));
+    }
+
+    void fuseDriveThatStopsAnswering()
+    {
+        HangFs fs(testHome() + "/media/Stuck");
+        if (!fs.mounted())
+            QSKIP(qPrintable(QString::fromStdString("FUSE test file system unavailable: " + fs.skipReason())));
+        const std::string stuck = fs.mountPoint(), inside = stuck + "/a";
+        BrondelSettings settings;
+        recentsNote(inside, settings);
+        QVERIFY(pinnedWrite(std::string(kPinnedDefaultHeader), {{"Work", {m_alive, inside}, std::nullopt}}));
+        QVERIFY(sidebarWrite("Favorites", {m_alive, inside}));
+        fs.hang();
+
+        auto delegate = std::make_unique<AppDelegate>(std::vector<std::string>{m_alive}, RootChoice::Paths,
+            ViewMode::List, settings);
+        delegate->setCardsObserver([](std::function<void()>, QObject*) { return false; });
+        delegate->applicationDidFinishLaunching();
+        BrowserFrame* frame = delegate->windows().front();
+        BrondelWindow* pane = frame->activePane();
+        QTRY_VERIFY(!pane->rootNode()->children.empty());
+        QTest::qWait(100);
+
+        g_dead.started = true;
+        Heartbeat beat;
+        auto step = [&](auto&& action) {
+            action();
+            QTest::qWait(60);
+        };
+        step([&] { frame->navigateTo(inside); });
+        step([&] { frame->navigateTo(stuck); });
+        step([&] { frame->goUp(); });
+        step([&] { frame->goComputer(); });
+        for (ViewMode mode : {ViewMode::Column, ViewMode::Icon, ViewMode::Peek, ViewMode::List})
+            step([&] { frame->switchMode(mode); });
+        step([&] { frame->refresh(); });
+        // The drive is found not to answer (within the watchdog's deadline) and says so,
+        // in the sidebar and on the Computer root.
+        QTest::qWait(6000);
+        for (QTreeWidgetItemIterator it(frame->sidebar()); *it; ++it) qInfo("row %s %s", qPrintable((*it)->text(0)), SidebarView::pathOf(*it).c_str());
+        qInfo("stuck %d", (int)mountWatchdogIsStuckAt(stuck));
+        QTRY_VERIFY_WITH_TIMEOUT(SidebarView::badged(sidebarRow(frame->sidebar(), stuck)), 8000);
+        QVERIFY(sidebarRow(frame->sidebar(), stuck)->text(0).contains(QStringLiteral("not responding")));
+        QTRY_COMPARE_WITH_TIMEOUT(listInfo(pane, stuck), QStringLiteral("Not responding"), 8000);
+        step([&] { frame->switchMode(ViewMode::Column); });
+        step([&] { frame->navigateTo(m_alive); });
+        QTRY_COMPARE(pane->rootNode()->path, m_alive);
+        QTest::qWait(100);
+
+        const qint64 longest = beat.longestMs();
+        qInfo("longest UI-thread gap %lld ms (%lld ms with the waits for a core) with a hung FUSE drive",
+            (long long)longest, (long long)beat.longestRawMs());
+        QVERIFY2(g_dead.faults().empty(), g_dead.faults().empty() ? "" : g_dead.faults().front().c_str());
+        QCOMPARE(g_moduleUiCalls.load(), 0);
+        QVERIFY2(longest < 50, qPrintable(QStringLiteral("UI thread stalled %1 ms").arg(longest)));
+        g_dead.started = false;
+
+        const qint64 quit = quitTimed([&] { delegate.reset(); });
+        QVERIFY2(quit < 1000, qPrintable(QString::number(quit)));
+        fs.release();
     }
 };
 
