@@ -35,6 +35,13 @@ void CLIVolumes::print(const std::vector<Volume>& volumes, CliOut& out)
     out.line(line);
 
     for (const Volume& volume : volumes) {
+        if (!volume.responding) {
+            line.clear();
+            fmtAppendPadded(line, volume.name, nameWidth + 2);
+            line += kNotRespondingText;
+            out.line(line);
+            continue;
+        }
         const int64_t used = volume.usedBytes();
         const double percent = volume.totalBytes < 1 ? 0.0 : double(used) / double(volume.totalBytes) * 100.0;
         char percentText[32];

@@ -1,15 +1,13 @@
 #include "cards/downloads.h"
 
 #include "fs/file_io.h"
+#include "fs/mount_watchdog.h"
 #include "fs/paths.h"
-#include "fs/sys_calls.h"
 #include "fs/volume_list.h"
 
 #include <QFile>
 #include <QStandardPaths>
 
-#include <climits>
-#include <cstdlib>
 #include <set>
 
 std::string downloadsUserDir()
@@ -29,13 +27,17 @@ std::vector<std::string> downloadsFoldersFrom(const std::vector<std::string>& ca
     std::vector<std::string> folders;
     std::set<std::string> seen;
     for (const std::string& candidate : candidates) {
-        char resolved[PATH_MAX];
-        struct stat st;
-        if (candidate.empty() || !::realpath(candidate.c_str(), resolved) || sysCalls().stat(resolved, &st) != 0
-            || !S_ISDIR(st.st_mode))
+        // Through the watchdog: a Downloads folder on a drive that hangs is left out.
+        if (candidate.empty())
             continue;
-        if (seen.insert(resolved).second)
-            folders.emplace_back(resolved);
+        const std::optional<std::string> resolved = mountWatchdogRealpath(candidate).value;
+        if (!resolved)
+            continue;
+        const std::optional<struct stat> st = mountWatchdogStat(*resolved).value;
+        if (!st || !S_ISDIR(st->st_mode))
+            continue;
+        if (seen.insert(*resolved).second)
+            folders.push_back(*resolved);
     }
     return folders;
 }
@@ -44,7 +46,8 @@ std::vector<std::string> downloadsFolders(const std::vector<Volume>& volumes)
 {
     std::vector<std::string> candidates{downloadsUserDir()};
     for (const Volume& volume : volumes)
-        candidates.push_back(volume.path + (volume.path.ends_with('/') ? "" : "/") + "Downloads");
+        if (volume.responding)
+            candidates.push_back(volume.path + (volume.path.ends_with('/') ? "" : "/") + "Downloads");
     return downloadsFoldersFrom(candidates);
 }
 

@@ -2,33 +2,14 @@
 
 #include "fs/file_io.h"
 #include "fs/mount_table.h"
+#include "fs/mount_watchdog.h"
 
 #include <algorithm>
 #include <chrono>
-#include <climits>
-#include <cstdlib>
-#include <fcntl.h>
 #include <map>
 #include <mutex>
-#include <sys/stat.h>
 
 namespace {
-
-// Whether `resolved` is the root of a mount: the kernel says so (statx), or, where it
-// cannot, the folder sits on another device than its parent.
-bool isMountRoot(const std::string& resolved)
-{
-    struct statx stx;
-    if (::statx(AT_FDCWD, resolved.c_str(), 0, STATX_BASIC_STATS, &stx) == 0
-        && (stx.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT))
-        return (stx.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-    if (resolved == "/")
-        return true;
-    struct stat self, parent;
-    if (::stat(resolved.c_str(), &self) != 0 || ::stat(pathParent(resolved).c_str(), &parent) != 0)
-        return false;
-    return self.st_dev != parent.st_dev || self.st_ino == parent.st_ino;
-}
 
 struct DriveSpaceCache {
     struct Entry {
@@ -66,17 +47,32 @@ void pruneStale(DriveSpaceCache& c, std::chrono::steady_clock::time_point now)
 
 std::optional<Volume> driveSpaceRead(const std::string& path)
 {
-    const std::optional<MountCapacity> capacity = mountCapacityRead(path);
-    if (!capacity)
+    std::string_view lexical = path;
+    while (lexical.size() > 1 && lexical.back() == '/')
+        lexical.remove_suffix(1);
+    const Volume stuck{pathLastComponent(path), path, 0, 0, false};
+    // Resolved first: only a mount's root folder is a drive, and the mount table says
+    // which folders are, so the other folders cost no file-system statistics.
+    const MountAnswer<std::string> resolved = mountWatchdogRealpath(path);
+    if (!resolved.responding()) {
+        const std::optional<MountRecord> mount = mountWatchdogMountOf(lexical);
+        return mount && mount->mountPoint == lexical ? std::optional<Volume>(stuck) : std::nullopt;
+    }
+    if (!resolved.value)
         return std::nullopt;
-    char resolved[PATH_MAX];
-    if (!::realpath(path.c_str(), resolved) || !isMountRoot(resolved))
+    const std::optional<MountRecord> mount = mountWatchdogMountOf(*resolved.value);
+    if (!mount || mount->mountPoint != *resolved.value)
+        return std::nullopt;
+    const MountAnswer<MountCapacity> capacity = mountWatchdogCapacity(*resolved.value);
+    if (!capacity.responding())
+        return stuck;
+    if (!capacity.value)
         return std::nullopt;
     Volume v;
     v.name = pathLastComponent(path);
     v.path = path;
-    v.totalBytes = capacity->totalBytes;
-    v.freeBytes = capacity->freeBytes;
+    v.totalBytes = capacity.value->totalBytes;
+    v.freeBytes = capacity.value->freeBytes;
     return v;
 }
 
@@ -93,6 +89,8 @@ std::optional<Volume> driveSpace(const std::string& path)
     // Stamped after the reading: a slow file system must not leave an entry that is
     // already old when it lands.
     const auto now = std::chrono::steady_clock::now();
+    if (result && !result->responding)
+        return result; // not kept: the drive shows again as soon as it answers
     std::lock_guard guard(c.lock);
     pruneStale(c, now);
     c.entries[path] = {now, result};

@@ -356,12 +356,13 @@ MountAnswer<std::string> mountWatchdogRealpath(const std::string& path, MountDea
     return {done.empty() ? std::string("/") : done, MountState::Responding};
 }
 
-MountState mountWatchdogCheck(const std::string& mountPoint, MountDeadline deadline)
+MountState mountWatchdogCheck(const std::string& path, MountDeadline deadline)
 {
+    std::string mountPoint;
     {
         State& s = state();
         std::lock_guard guard(s.lock);
-        const MountRecord* mount = mountOfLocked(s, mountPoint);
+        const MountRecord* mount = mountOfLocked(s, path);
         if (!mount || !mountWatchdogGuards(*mount))
             return MountState::Responding;
         auto it = s.guards.find(keyOf(*mount));
@@ -371,6 +372,7 @@ MountState mountWatchdogCheck(const std::string& mountPoint, MountDeadline deadl
             if (Clock::now() - it->second.answeredAt < kTrustAnswer)
                 return MountState::Responding;
         }
+        mountPoint = mount->mountPoint;
     }
     return mountWatchdogCapacity(mountPoint, deadline).state;
 }
@@ -464,6 +466,13 @@ std::optional<MountRecord> mountWatchdogMountOf(std::string_view path)
     std::lock_guard guard(s.lock);
     const MountRecord* mount = mountOfLocked(s, path);
     return mount ? std::optional<MountRecord>(*mount) : std::nullopt;
+}
+
+std::vector<MountRecord> mountWatchdogTable()
+{
+    State& s = state();
+    std::lock_guard guard(s.lock);
+    return tableLocked(s);
 }
 
 bool mountWatchdogGuards(const MountRecord& mount)

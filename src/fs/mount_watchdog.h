@@ -43,6 +43,13 @@ enum class MountState { Responding, NotResponding };
 // The answer of a guarded call: the value (nothing when the call failed, e.g. ENOENT),
 // or "not responding" (then the value is nothing too).
 template <class T> struct MountAnswer {
+    MountAnswer() = default;
+    MountAnswer(std::optional<T> v, MountState s = MountState::Responding)
+        : value(std::move(v))
+        , state(s)
+    {
+    }
+
     std::optional<T> value;
     MountState state = MountState::Responding;
 
@@ -63,10 +70,11 @@ MountAnswer<struct stat> mountWatchdogLstat(const std::string& path, MountDeadli
 // component does not exist or a link loops.
 MountAnswer<std::string> mountWatchdogRealpath(const std::string& path, MountDeadline deadline = {});
 
-// Whether the mount point `mountPoint` answers: at once from memory when it is stuck or
-// answered within the last few seconds, else a statvfs with the deadline. Use before
-// reading a drive's folder on a thread that must not hang (a drive listing, a walk).
-MountState mountWatchdogCheck(const std::string& mountPoint, MountDeadline deadline = {});
+// Whether the drive holding `path` (lexically; usually its mount point) answers: at once
+// when it is not guarded, is remembered as stuck, or answered within the last few
+// seconds; else a statvfs with the deadline. Use before reading a drive's folders on a
+// thread that must not hang (a drive listing, a folder-size walk).
+MountState mountWatchdogCheck(const std::string& path, MountDeadline deadline = {});
 
 // The names of the entries directly inside folder `dir` (as given, absolute) that are
 // mount points of drives that do not answer, checking the not yet judged ones in
@@ -88,6 +96,9 @@ std::vector<std::string> mountWatchdogStuckMounts();
 // The mount that holds `path` lexically (no links resolved), from the mount table
 // (re-read at most once a second); nothing when the table cannot be read.
 std::optional<MountRecord> mountWatchdogMountOf(std::string_view path);
+
+// The mount table as the watchdog sees it (re-read at most once a second).
+std::vector<MountRecord> mountWatchdogTable();
 
 // Whether calls on this mount go through a helper process (see the contract above).
 bool mountWatchdogGuards(const MountRecord& mount);

@@ -33,8 +33,7 @@ bool hasHiddenComponent(std::string_view path)
 
 std::string resolvedOr(const std::string& path)
 {
-    char resolved[PATH_MAX];
-    return ::realpath(path.c_str(), resolved) ? std::string(resolved) : path;
+    return mountWatchdogRealpath(path).value.value_or(path);
 }
 
 } // namespace
@@ -102,15 +101,21 @@ std::optional<Volume> VolumeList::probe(const std::string& mountPoint, const Mou
     std::string name = pathLastComponent(mountPoint);
     if (name.empty() || name == "/")
         return std::nullopt;
-    const std::optional<MountCapacity> figures = capacity(mountPoint);
-    if (!figures)
+    const MountAnswer<MountCapacity> figures = capacity(mountPoint);
+    if (!figures.responding())
+        return Volume{std::move(name), mountPoint, 0, 0, false};
+    if (!figures.value)
         return std::nullopt;
-    return Volume{std::move(name), mountPoint, figures->totalBytes, figures->freeBytes};
+    return Volume{std::move(name), mountPoint, figures.value->totalBytes, figures.value->freeBytes};
 }
 
 std::vector<Volume> VolumeList::mounted()
 {
-    return mounted(mountTableRead(), VolumeViewer::current(), mountCapacityRead);
+    // The watchdog's deadline falls well before the wait's, so a drive that hangs is
+    // reported as not responding by its own probe and a command still prints in time.
+    const auto deadline = std::chrono::steady_clock::now() + std::min<std::chrono::milliseconds>(kProbeWait, kMountProbeDeadline);
+    return mounted(mountWatchdogTable(), VolumeViewer::current(),
+                   [deadline](const std::string& point) { return mountWatchdogCapacity(point, deadline); });
 }
 
 std::vector<Volume> VolumeList::mounted(const std::vector<MountRecord>& table, const VolumeViewer& viewer,
@@ -122,12 +127,14 @@ std::vector<Volume> VolumeList::mounted(const std::vector<MountRecord>& table, c
         std::mutex lock;
         std::condition_variable finished;
         std::vector<Volume> found;
+        std::set<std::string> answered; // mount points whose probe has ended
         size_t pending = 0;
     };
     auto shared = std::make_shared<Shared>();
     const auto deadline = std::chrono::steady_clock::now() + kProbeWait;
 
-    for (const MountRecord& mount : visible(table, viewer)) {
+    const std::vector<MountRecord> mounts = visible(table, viewer);
+    for (const MountRecord& mount : mounts) {
         {
             std::lock_guard guard(shared->lock);
             ++shared->pending;
@@ -138,6 +145,7 @@ std::vector<Volume> VolumeList::mounted(const std::vector<MountRecord>& table, c
                 std::lock_guard guard(shared->lock);
                 if (volume)
                     shared->found.push_back(std::move(*volume));
+                shared->answered.insert(mountPoint);
                 --shared->pending;
                 shared->finished.notify_all();
             }).detach(); // never joined: a hung file system must not hold the caller
@@ -152,6 +160,12 @@ std::vector<Volume> VolumeList::mounted(const std::vector<MountRecord>& table, c
         std::unique_lock guard(shared->lock);
         shared->finished.wait_until(guard, deadline, [&] { return shared->pending == 0; });
         volumes = shared->found;
+        for (const MountRecord& mount : mounts)
+            if (!shared->answered.contains(mount.mountPoint))
+                if (auto late = probe(mount.mountPoint, [](const std::string&) {
+                        return MountAnswer<MountCapacity>{std::nullopt, MountState::NotResponding};
+                    }))
+                    volumes.push_back(std::move(*late));
     }
     std::sort(volumes.begin(), volumes.end(), [](const Volume& a, const Volume& b) {
         return a.name != b.name ? a.name < b.name : a.path < b.path;

@@ -3,6 +3,7 @@
 // under the home folder) with their capacities, and the volume that holds a path.
 
 #include "fs/mount_table.h"
+#include "fs/mount_watchdog.h"
 #include "fs/volume.h"
 
 #include <chrono>
@@ -22,8 +23,9 @@ struct VolumeViewer {
     static VolumeViewer current();
 };
 
-// Reads one file system's capacity; may block (a dead network mount).
-using MountCapacityFn = std::function<std::optional<MountCapacity>(const std::string& mountPoint)>;
+// Reads one file system's capacity, or says it does not answer; may block (a fake in a
+// test), though the production one never waits past the probe deadline.
+using MountCapacityFn = std::function<MountAnswer<MountCapacity>(const std::string& mountPoint)>;
 
 class VolumeList {
 public:
@@ -47,16 +49,20 @@ public:
     static std::vector<MountRecord> visible(const std::vector<MountRecord>& table, const VolumeViewer& viewer);
 
     // One volume: named after the mount point's last component, with its capacity;
-    // nothing when the capacity cannot be read.
+    // nothing when the capacity cannot be read; responding false (capacity 0) when the
+    // drive does not answer.
     static std::optional<Volume> probe(const std::string& mountPoint, const MountCapacityFn& capacity);
 
-    // This machine's user-visible volumes, sorted by name in byte order.
+    // This machine's user-visible volumes, sorted by name in byte order. Capacities go
+    // through the mount watchdog: a drive that hangs is listed with responding false
+    // (at once when it is already known to hang), and no thread is left stuck on it.
     static std::vector<Volume> mounted();
 
     // The same for a given table: every visible mount is probed on its own detached
     // thread and the call returns once all have answered or kProbeWait has passed;
-    // volumes whose probe is still running are left out. `capacity` is copied into the
-    // probes and may outlive this call, so it must not refer to the caller's stack.
+    // volumes whose probe is still running are listed as not responding. `capacity` is
+    // copied into the probes and may outlive this call, so it must not refer to the
+    // caller's stack.
     static std::vector<Volume> mounted(const std::vector<MountRecord>& table, const VolumeViewer& viewer,
                                        const MountCapacityFn& capacity);
 };
@@ -64,7 +70,8 @@ public:
 // The mount point of the user-visible volume that holds `path` (symbolic links
 // resolved), the deepest one when volumes nest; nothing when the path is on no such
 // volume (then it is on the system volume "/"). Reads the mount table at most once a
-// second.
+// second. The resolution goes through the mount watchdog: when a drive on the way does
+// not answer, the path is taken as written.
 std::optional<std::string> volumeContaining(const std::string& path);
 
 // The same over a list of mount points for an already resolved absolute path.

@@ -1,5 +1,6 @@
 #include "sizes/drive_children.h"
 
+#include "fs/mount_watchdog.h"
 #include "fs/scanner.h"
 #include "sizes/info_notifier.h"
 
@@ -30,6 +31,13 @@ std::optional<std::vector<DirNodePtr>> DriveChildren::of(const std::string& path
         return it->second;
     if (m_busy.insert(path).second) {
         m_pool.start([this, path, settings] {
+            // A drive that does not answer is not read (and nothing is kept, so it is
+            // listed once it answers again).
+            if (mountWatchdogCheck(path) != MountState::Responding) {
+                std::lock_guard guard(m_lock);
+                m_busy.erase(path);
+                return;
+            }
             auto children = Scanner(settings).scan(path, 1)->children;
             {
                 std::lock_guard guard(m_lock);

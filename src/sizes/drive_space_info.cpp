@@ -27,13 +27,15 @@ public:
         auto volume = volumeOf(node);
         if (!volume)
             return std::nullopt;
+        if (!volume->responding)
+            return std::string(kNotRespondingText);
         return fmtHuman(volume->freeBytes) + " free of " + fmtHuman(volume->totalBytes);
     }
 
     std::optional<double> fraction(const DirNode& node) const override
     {
         auto volume = volumeOf(node);
-        if (!volume)
+        if (!volume || !volume->responding)
             return std::nullopt;
         if (volume->totalBytes < 1)
             return 0.0; // pseudo file systems report no blocks at all
@@ -43,7 +45,7 @@ public:
     std::optional<std::pair<std::string, std::string>> pair(const DirNode& node) const override
     {
         auto volume = volumeOf(node);
-        if (!volume)
+        if (!volume || !volume->responding)
             return std::nullopt;
         return std::pair{fmtHuman(volume->usedBytes()) + " used", fmtHuman(volume->freeBytes)};
     }

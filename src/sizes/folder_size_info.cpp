@@ -2,6 +2,7 @@
 // purpose, so showing a drive never starts a walk of the whole volume.
 
 #include "fs/fmt.h"
+#include "fs/mount_watchdog.h"
 #include "fs/volume.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_module.h"
@@ -24,6 +25,8 @@ public:
     {
         if (!measured(node))
             return std::nullopt;
+        if (mountWatchdogIsStuckPath(node.path))
+            return std::string(kNotRespondingText);
         auto size = FolderSizes::shared().size(node.path);
         return size ? fmtHuman(*size) : "\u2026";
     }

@@ -1,6 +1,7 @@
 #include "sizes/folder_size_walk.h"
 
 #include "fs/file_io.h"
+#include "fs/mount_watchdog.h"
 #include "fs/sys_calls.h"
 #include "fs/work_stack.h"
 
@@ -13,6 +14,7 @@
 #include <dirent.h>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
 #include <sched.h>
 #include <system_error>
 #include <thread>
@@ -57,6 +59,7 @@ bool isAncestor(const Ancestor* chain, const struct stat& st)
 struct DirJob {
     std::shared_ptr<DirFd> parent;
     std::string name;
+    std::string path; // only kept while mount points lie below the roots
     std::shared_ptr<const Ancestor> self;
     size_t root = 0;
     bool follow = false;
@@ -125,6 +128,15 @@ public:
         , m_totals(std::make_unique<std::atomic<int64_t>[]>(paths.size()))
         , m_devs(paths.size())
     {
+        // Mount points are never entered (they are other devices), and never even
+        // looked at: the stat of a dead drive's root would hang the walk. So the walk
+        // knows them by name from the mount table, before any system call.
+        for (const MountRecord& mount : mountWatchdogTable()) {
+            const std::string& point = mount.mountPoint;
+            const size_t slash = point.rfind('/');
+            if (point.size() > 1 && slash != std::string::npos)
+                m_mountsIn[slash == 0 ? "/" : point.substr(0, slash)].emplace(point.substr(slash + 1), mount.device);
+        }
     }
 
     std::vector<int64_t> run()
@@ -133,6 +145,12 @@ public:
         std::vector<DirJob> roots;
         for (size_t i = 0; i < m_paths.size(); ++i) {
             m_totals[i] = 0;
+            // Resolved through the watchdog: a root on a drive that does not answer is
+            // not walked at all (it counts 0), and the resolved form names the folders
+            // that hold mount points.
+            const MountAnswer<std::string> real = mountWatchdogRealpath(m_paths[i]);
+            if (!real.responding() || !real.value || mountWatchdogCheck(*real.value) != MountState::Responding)
+                continue;
             struct stat st;
             if (statFollow(m_paths[i].c_str(), &st) != 0)
                 continue;
@@ -142,7 +160,7 @@ public:
             }
             m_devs[i] = st.st_dev;
             auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, nullptr});
-            roots.push_back({cwd, m_paths[i], std::move(self), i, true});
+            roots.push_back({cwd, m_paths[i], *real.value, std::move(self), i, true});
         }
         cwd.reset();
         WorkStack<DirJob>::run(
@@ -169,6 +187,12 @@ private:
             return;
         auto dir = std::make_shared<DirFd>(fd);
         const dev_t dev = m_devs[job.root];
+        // Mount points in this folder, skipped unless they are the same device (a bind
+        // mount, which the device check below handles as before).
+        const MountsHere* mountsHere = nullptr;
+        if (!m_mountsIn.empty() && !job.path.empty())
+            if (auto it = m_mountsIn.find(job.path); it != m_mountsIn.end())
+                mountsHere = &it->second;
         int64_t sum = 0;
         for (;;) {
             const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
@@ -182,6 +206,9 @@ private:
                 const char* name = entry->d_name;
                 if (isDotOrDotDot(name))
                     continue;
+                if (mountsHere)
+                    if (auto m = mountsHere->find(name); m != mountsHere->end() && m->second != dev)
+                        continue;
                 struct stat st;
                 if (lstatAt(fd, name, &st) != 0)
                     continue;
@@ -192,12 +219,20 @@ private:
                 if (st.st_dev != dev || isAncestor(job.self.get(), st))
                     continue;
                 auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, job.self});
-                subs.push_back({dir, name, std::move(self), job.root, false});
+                subs.push_back({dir, name, m_mountsIn.empty() ? std::string() : childPath(job.path, name),
+                                std::move(self), job.root, false});
             }
         }
         m_totals[job.root].fetch_add(sum, std::memory_order_relaxed);
     }
 
+    static std::string childPath(const std::string& parent, const char* name)
+    {
+        return parent == "/" ? "/" + std::string(name) : parent + "/" + name;
+    }
+
+    using MountsHere = std::unordered_map<std::string, dev_t>; // name -> device
+    std::unordered_map<std::string, MountsHere> m_mountsIn;    // folder -> its mount points
     const std::vector<std::string>& m_paths;
     const int m_threads;
     const bool m_askForCore; // whether to check for an idle core before starting the helper

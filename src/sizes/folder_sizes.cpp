@@ -1,30 +1,55 @@
 #include "sizes/folder_sizes.h"
 
+#include "fs/mount_watchdog.h"
 #include "fs/volume_list.h"
 #include "sizes/folder_size_walk.h"
 #include "sizes/info_notifier.h"
 
 namespace {
 
-// Lanes times walks per lane can exceed this; the surplus waits for a thread.
-constexpr int kPoolThreads = 8;
+// The lane of a path in production: the user-visible volume holding it, or else any
+// other drive the watchdog guards (a network share outside the user's folders), so a
+// dead share never shares a lane with the system disk.
+std::optional<std::string> laneVolume(const std::string& path)
+{
+    if (auto volume = volumeContaining(path))
+        return volume;
+    const std::optional<MountRecord> mount = mountWatchdogMountOf(path);
+    if (mount && mountWatchdogGuards(*mount))
+        return mount->mountPoint;
+    return std::nullopt;
+}
+
+// Whether a walk may touch `path`: not when its drive does not answer.
+bool walkable(const std::string& path)
+{
+    return mountWatchdogCheck(path) == MountState::Responding;
+}
 
 } // namespace
 
 FolderSizes::FolderSizes()
     : FolderSizes([](const std::vector<std::string>& paths) { return folderSizeWalkAll(paths, kFolderSizeWalkAuto); },
-                  volumeContaining)
+                  laneVolume)
 {
 }
 
 FolderSizes::FolderSizes(Walker walker, VolumeOf volumeOf)
     : m_walker(std::move(walker))
     , m_volumeOf(std::move(volumeOf))
-    , m_pool(kPoolThreads, WorkClass::Background) // walks yield to everything else
 {
 }
 
-FolderSizes::~FolderSizes() = default;
+FolderSizes::~FolderSizes()
+{
+    std::map<std::string, std::unique_ptr<WorkPool>> pools;
+    {
+        std::lock_guard guard(m_lock);
+        m_stopping = true;
+        pools.swap(m_pools);
+    }
+    pools.clear(); // joins each lane's threads; their last pump() starts nothing
+}
 
 FolderSizes& FolderSizes::shared()
 {
@@ -63,6 +88,8 @@ int64_t FolderSizes::cachedOrWalk(const std::string& path)
         if (auto it = m_cache.find(path); it != m_cache.end())
             return it->second;
     }
+    if (!walkable(path))
+        return 0; // not kept: measured once the drive answers again
     const auto sizes = m_walker({path});
     const int64_t total = sizes.empty() ? 0 : sizes.front();
     std::lock_guard guard(m_lock);
@@ -82,6 +109,7 @@ void FolderSizes::measure(const std::vector<std::string>& paths)
             if (!m_cache.count(path) && seen.insert(path).second)
                 todo.push_back(path);
     }
+    std::erase_if(todo, [](const std::string& path) { return !walkable(path); });
     if (todo.empty())
         return;
     const auto sizes = m_walker(todo);
@@ -111,8 +139,11 @@ void FolderSizes::pump()
 {
     for (;;) {
         std::string path, pathLane;
+        WorkPool* lanePool = nullptr; // lives until the destructor, which starts no walk
         {
             std::lock_guard guard(m_lock);
+            if (m_stopping)
+                return;
             auto best = m_queue.end();
             for (auto it = m_queue.begin(); it != m_queue.end(); ++it) {
                 auto active = m_active.find(it->first);
@@ -129,21 +160,30 @@ void FolderSizes::pump()
             if (best->second.empty())
                 m_queue.erase(best);
             ++m_active[pathLane];
+            std::unique_ptr<WorkPool>& pool = m_pools[pathLane];
+            if (!pool) // walks yield to everything else
+                pool = std::make_unique<WorkPool>(int(kWalksPerLane), WorkClass::Background);
+            lanePool = pool.get();
         }
-        m_pool.start([this, path = std::move(path), pathLane = std::move(pathLane)] { walkJob(path, pathLane); });
+        lanePool->start([this, path = std::move(path), pathLane = std::move(pathLane)] { walkJob(path, pathLane); });
     }
 }
 
 void FolderSizes::walkJob(const std::string& path, const std::string& pathLane)
 {
-    const auto sizes = m_walker({path});
+    // A drive that does not answer is not walked, and its folders are not cached: the
+    // next request after it answers again measures them.
+    const bool measurable = walkable(path);
+    const auto sizes = measurable ? m_walker({path}) : std::vector<int64_t>();
     {
         std::lock_guard guard(m_lock);
-        m_cache[path] = sizes.empty() ? 0 : sizes.front();
+        if (measurable)
+            m_cache[path] = sizes.empty() ? 0 : sizes.front();
         m_pending.erase(path);
         if (auto it = m_active.find(pathLane); it != m_active.end() && --it->second <= 0)
             m_active.erase(it);
     }
-    infoChangedPost();
+    if (measurable)
+        infoChangedPost();
     pump(); // a slot of this lane is free now
 }

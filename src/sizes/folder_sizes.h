@@ -8,6 +8,11 @@
 //
 // Keys are the paths exactly as asked (no normalisation); sizes stay cached until
 // forget() drops them.
+//
+// Each lane has its own two threads, so a walk stuck on a dead drive holds only its
+// own lane: walks on other drives and on "/" go on. A drive the mount watchdog knows to
+// hang is not walked at all (its folders get no size until it answers again), and no
+// walk ever looks at a mount point below its folder.
 
 #include "fs/work_pool.h"
 
@@ -15,6 +20,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -36,7 +42,7 @@ public:
 
     FolderSizes();
     FolderSizes(Walker walker, VolumeOf volumeOf);
-    ~FolderSizes(); // lets queued and running walks finish
+    ~FolderSizes(); // lets running walks finish; queued requests are dropped
 
     FolderSizes(const FolderSizes&) = delete;
     FolderSizes& operator=(const FolderSizes&) = delete;
@@ -86,6 +92,7 @@ private:
     std::map<std::string, std::vector<Request>> m_queue; // per lane, oldest first; no empty lanes
     uint64_t m_nextOrder = 0;
     std::map<std::string, int64_t> m_active; // running walks per lane; no zero entries
+    bool m_stopping = false;                   // no walk starts once the cache is going
 
-    WorkPool m_pool; // last: its tasks use the members above, so it goes first
+    std::map<std::string, std::unique_ptr<WorkPool>> m_pools; // per lane; under m_lock
 };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/sysmacros.h>
+
 TEST(MountTable, ParsesFieldsAroundOptionalFieldsAndSkipsJunk)
 {
     const std::string text =
@@ -18,11 +20,11 @@ TEST(MountTable, ParsesFieldsAroundOptionalFieldsAndSkipsJunk)
         "100 27 0:54 / /mnt/\\777odd\\04 rw - fuse.sshfs ann@host:/srv\\040x rw\n" // not escapes
         "101 27 0:55 / /mnt/last rw - nfs4 srv:/e";                  // no super options, no newline
     const std::vector<MountRecord> expected = {
-        {"/", "ext4", "/dev/vda", "rw,relatime"},
-        {"/media/ann/My Disk", "vfat", "/dev/sdb1", "rw,nosuid"},
-        {"/mnt/a\tb\\c", "ext4", "/dev/sdb2", "rw"},
-        {"/mnt/\\777odd\\04", "fuse.sshfs", "ann@host:/srv x", "rw"},
-        {"/mnt/last", "nfs4", "srv:/e", "rw"},
+        {"/", "ext4", "/dev/vda", "rw,relatime", makedev(254, 0)},
+        {"/media/ann/My Disk", "vfat", "/dev/sdb1", "rw,nosuid", makedev(8, 17)},
+        {"/mnt/a\tb\\c", "ext4", "/dev/sdb2", "rw", makedev(8, 18)},
+        {"/mnt/\\777odd\\04", "fuse.sshfs", "ann@host:/srv x", "rw", makedev(0, 54)},
+        {"/mnt/last", "nfs4", "srv:/e", "rw", makedev(0, 55)},
     };
     EXPECT_EQ(mountTableParse(text), expected);
 }

@@ -84,14 +84,20 @@ TEST(VolumeList, MountedSortsByBytesAndDropsUnreadable)
     EXPECT_EQ(volumes[0], (Volume{"B", "/mnt/B", 6000, 100}));
 }
 
-TEST(VolumeList, HungProbeIsLeftBehind)
+TEST(VolumeList, HungProbeIsLeftBehindAndListedAsNotResponding)
 {
-    const std::vector<MountRecord> table = {mount("/mnt/slow"), mount("/mnt/quick")};
+    const std::vector<MountRecord> table = {mount("/mnt/slow"), mount("/mnt/quick"), mount("/mnt/dead")};
     const auto start = std::chrono::steady_clock::now();
-    const std::vector<Volume> volumes = VolumeList::mounted(table, kAnn, fakeCapacity);
+    const std::vector<Volume> volumes = VolumeList::mounted(table, kAnn, [](const std::string& point) {
+        if (point.ends_with("dead")) // the watchdog's answer for a drive known to hang
+            return MountAnswer<MountCapacity>{std::nullopt, MountState::NotResponding};
+        return MountAnswer<MountCapacity>{fakeCapacity(point)};
+    });
     // Returned without waiting for the 20 s probe (the bound is loose on purpose).
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
-    EXPECT_EQ(names(volumes), std::vector<std::string>{"quick"});
+    EXPECT_EQ(volumes, (std::vector<Volume>{{"dead", "/mnt/dead", 0, 0, false},
+                                            {"quick", "/mnt/quick", 10000, 100, true},
+                                            {"slow", "/mnt/slow", 0, 0, false}}));
 }
 
 TEST(VolumeList, ContainingVolumeIsTheDeepestMountAbove)
