@@ -2,6 +2,7 @@
 
 #include "fs/file_io.h"
 #include "fs/sort_nodes.h"
+#include "fs/mount_watchdog.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
 #include "fs/work_stack.h"
@@ -115,6 +116,9 @@ private:
     // Reads one folder into node.children; appends its subfolders still to be read.
     void readFolder(DirNode& parent, int64_t remaining, std::vector<Job>& subs)
     {
+        // A folder on a drive that does not answer is not opened: it stays empty.
+        if (mountWatchdogCheck(parent.path) != MountState::Responding)
+            return;
         int fd = sysOpen(parent.path.c_str(), O_RDONLY | O_DIRECTORY);
         DIR* dir = fd >= 0 ? ::fdopendir(fd) : nullptr;
         if (!dir) {
@@ -139,9 +143,17 @@ private:
         // Builds the nodes of entries [from, to) into slots of the same index; a slot
         // stays empty for an entry the search leaves out.
         std::vector<DirNodePtr> slots(entries.size());
+        // Mount points of dead drives in this folder get no status query (it would hang).
+        const std::vector<std::string> stuck = mountWatchdogStuckEntries(parent.path);
         auto build = [&](size_t from, size_t to) {
             for (size_t i = from; i < to; ++i) {
                 const Entry& e = entries[i];
+                if (!stuck.empty() && std::find(stuck.begin(), stuck.end(), e.name) != stuck.end()) {
+                    if (!m_searchFilter || m_searchFilter->matches(e.name))
+                        slots[i] = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name,
+                                            DT_DIR, StatusQuery::Skip);
+                    continue;
+                }
                 const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
                 if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
                     continue; // a file the search will never print
