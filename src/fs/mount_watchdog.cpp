@@ -7,6 +7,7 @@
 #include <climits>
 #include <condition_variable>
 #include <csignal>
+#include <fcntl.h>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -73,6 +74,7 @@ struct State {
     Clock::time_point tableReadAt{};
     bool haveTable = false;
     std::optional<std::vector<MountRecord>> testTable;
+    int changesFd = -2; // /proc/self/mountinfo held open to hear of changes; -1 if it cannot be
     std::vector<pid_t> toReap; // abandoned helpers, reaped once they end
     bool watcherRunning = false;
 };
@@ -84,12 +86,24 @@ State& state()
     return *s;
 }
 
+// Whether the mount table changed since the last look: the kernel flags an open
+// mountinfo file as readable-with-priority once after each mount or unmount.
+bool tableChanged(State& s)
+{
+    if (s.changesFd == -2)
+        s.changesFd = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    if (s.changesFd < 0)
+        return false;
+    pollfd pfd{s.changesFd, POLLPRI, 0};
+    return ::poll(&pfd, 1, 0) > 0 && (pfd.revents & (POLLPRI | POLLERR));
+}
+
 const std::vector<MountRecord>& tableLocked(State& s)
 {
     if (s.testTable)
         return *s.testTable;
     const auto now = Clock::now();
-    if (!s.haveTable || now - s.tableReadAt >= std::chrono::seconds(1)) {
+    if (tableChanged(s) || !s.haveTable || now - s.tableReadAt >= std::chrono::seconds(1)) {
         s.table = mountTableRead(); // procfs: never waits on a drive
         s.tableReadAt = now;
         s.haveTable = true;

@@ -94,10 +94,11 @@ bool mountWatchdogIsStuckPath(std::string_view path);
 std::vector<std::string> mountWatchdogStuckMounts();
 
 // The mount that holds `path` lexically (no links resolved), from the mount table
-// (re-read at most once a second); nothing when the table cannot be read.
+// (re-read after each mount or unmount, and at least once a second); nothing when the
+// table cannot be read.
 std::optional<MountRecord> mountWatchdogMountOf(std::string_view path);
 
-// The mount table as the watchdog sees it (re-read at most once a second).
+// The mount table as the watchdog sees it (kept current as above).
 std::vector<MountRecord> mountWatchdogTable();
 
 // Whether calls on this mount go through a helper process (see the contract above).

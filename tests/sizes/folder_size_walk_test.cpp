@@ -1,12 +1,14 @@
 #include "sizes/folder_size_walk.h"
 
 #include "fs/sys_calls.h"
+#include "support/hang_fs.h"
 #include "support/temp_tree.h"
 #include "support/test_env.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <future>
 #include <cstring>
 #include <dirent.h>
 #include <sstream>
@@ -144,4 +146,31 @@ TEST(FolderSizeWalk, RootsOfEveryKind)
     ASSERT_EQ(totals.size(), roots.size());
     for (size_t i = 0; i < roots.size(); ++i)
         EXPECT_EQ(totals[i], folderSizeWalk(roots[i], 1)) << roots[i];
+}
+
+TEST(FolderSizeWalk, AHungDriveMountedBelowIsNeverTouched)
+{
+    // The walk of a folder holding a dead drive's mount point must not stat that mount
+    // point (the stat would block for as long as the drive does).
+    const std::string outer = testHome() + "/outer";
+    HangFs fs(outer + "/Hung");
+    HANGFS_REQUIRE(fs);
+    {
+        std::FILE* f = std::fopen((outer + "/file.bin").c_str(), "w");
+        std::fputs("0123456789", f);
+        std::fclose(f);
+    }
+    fs.hang();
+    auto walk = std::async(std::launch::async, [&] { return folderSizeWalk(outer, 1); });
+    const bool finished = walk.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+    fs.release(); // lets a walk that did block end, so the test can finish either way
+    EXPECT_TRUE(finished);
+    EXPECT_EQ(walk.get(), 10);
+    // A walk of the drive itself, while it hangs, gives 0 at once instead of blocking.
+    fs.hang();
+    auto inside = std::async(std::launch::async, [&] { return folderSizeWalk(fs.mountPoint(), 1); });
+    const bool insideFinished = inside.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+    fs.release();
+    EXPECT_TRUE(insideFinished);
+    EXPECT_EQ(inside.get(), 0);
 }

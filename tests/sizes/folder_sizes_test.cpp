@@ -173,6 +173,28 @@ TEST(FolderSizes, LanesRunSideBySideTwoWalksEach)
     EXPECT_EQ(held.maxRunning("/vol/b"), 2);
 }
 
+TEST(FolderSizes, HungLanesDoNotStopOtherLanes)
+{
+    // Six drives whose walks never end hold two walks each; "/" and a live drive still
+    // get their sizes (a shared pool of threads would have run dry).
+    HeldWalker held;
+    const std::vector<std::string> points = {"/vol/d1", "/vol/d2", "/vol/d3", "/vol/d4", "/vol/d5", "/vol/d6", "/vol/ok"};
+    FolderSizes sizes(held.walker(), [&](const std::string& path) { return volumeContainingIn(path, points); });
+    std::vector<std::string> hung;
+    for (int d = 1; d <= 6; ++d)
+        for (const char* leaf : {"/x", "/y"})
+            hung.push_back("/vol/d" + std::to_string(d) + leaf);
+    for (const auto& path : hung)
+        EXPECT_FALSE(sizes.size(path));
+    held.waitStarted(hung.size());
+    for (const std::string path : {"/home/ann", "/vol/ok/z"}) {
+        held.release(path);
+        EXPECT_EQ(sizeOnceKnown(sizes, path), int64_t(path.size())) << path;
+    }
+    for (const auto& path : hung)
+        held.release(path);
+}
+
 TEST(FolderSizes, RepeatedRequestsQueueOneWalk)
 {
     HeldWalker held;

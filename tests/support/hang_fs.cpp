@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <poll.h>
 #include <limits.h>
 #include <sstream>
 #include <string_view>
@@ -139,8 +140,15 @@ HangFs::HangFs(std::string mountPoint, std::string ops)
     makeDirs(m_mountPoint);
     const std::string helper = helperPath();
     const std::string hangArg = "--hang=" + ops;
+    int ack[2];
+    if (::pipe2(ack, O_CLOEXEC) != 0) {
+        m_skipReason = "pipe failed";
+        return;
+    }
     const pid_t pid = ::fork();
     if (pid < 0) {
+        ::close(ack[0]);
+        ::close(ack[1]);
         m_skipReason = "fork failed";
         return;
     }
@@ -148,10 +156,13 @@ HangFs::HangFs(std::string mountPoint, std::string ops)
         const int null = ::open("/dev/null", O_RDWR);
         ::dup2(null, 0);
         ::dup2(null, 1);
-        ::execl(helper.c_str(), "hangfs", ops.empty() ? m_mountPoint.c_str() : hangArg.c_str(),
-                ops.empty() ? nullptr : m_mountPoint.c_str(), nullptr);
+        ::dup2(ack[1], 3); // dup2 clears close-on-exec
+        const std::string ackArg = "--ack-fd=3";
+        ::execl(helper.c_str(), "hangfs", hangArg.c_str(), ackArg.c_str(), m_mountPoint.c_str(), nullptr);
         ::_exit(127);
     }
+    ::close(ack[1]);
+    m_ackFd = ack[0];
     std::strcpy(slot->path, m_mountPoint.c_str());
     slot->pid = pid;
     m_pid = pid;
@@ -162,6 +173,8 @@ HangFs::HangFs(std::string mountPoint, std::string ops)
         if (::waitpid(pid, &status, WNOHANG) == pid) {
             slot->pid = 0;
             m_pid = -1;
+            ::close(m_ackFd);
+            m_ackFd = -1;
             m_skipReason = "hangfs could not mount (exit status "
                 + std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + ")";
             return;
@@ -177,17 +190,25 @@ HangFs::HangFs(std::string mountPoint, std::string ops)
 
 HangFs::~HangFs() { unmount(); }
 
-void HangFs::hang()
+namespace {
+
+// Signals the daemon and waits (a little) for it to say the switch is made.
+void signalAndWait(pid_t pid, int sig, int ackFd)
 {
-    if (m_pid > 0)
-        ::kill(m_pid, SIGUSR2);
+    if (pid <= 0 || ::kill(pid, sig) != 0 || ackFd < 0)
+        return;
+    pollfd pfd{ackFd, POLLIN, 0};
+    if (::poll(&pfd, 1, 3000) > 0) {
+        char byte;
+        [[maybe_unused]] const ssize_t n = ::read(ackFd, &byte, 1);
+    }
 }
 
-void HangFs::release()
-{
-    if (m_pid > 0)
-        ::kill(m_pid, SIGUSR1);
-}
+} // namespace
+
+void HangFs::hang() { signalAndWait(m_pid, SIGUSR2, m_ackFd); }
+
+void HangFs::release() { signalAndWait(m_pid, SIGUSR1, m_ackFd); }
 
 void HangFs::unmount()
 {
@@ -210,4 +231,7 @@ void HangFs::unmount()
         if (s.pid.load() == m_pid)
             s.pid = 0;
     m_pid = -1;
+    if (m_ackFd >= 0)
+        ::close(m_ackFd);
+    m_ackFd = -1;
 }

@@ -48,6 +48,7 @@ private:
     std::string m_mountPoint;
     std::string m_skipReason;
     pid_t m_pid = -1;
+    int m_ackFd = -1; // the daemon writes one byte here per hang() or release()
 };
 
 #define HANGFS_REQUIRE(fs)                                                                                             \

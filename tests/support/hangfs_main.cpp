@@ -2,12 +2,12 @@
 // the way a dead network share or a wedged USB bridge behaves. Tests mount it to prove
 // that no command, walk or exit waits on such a drive.
 //
-//   hangfs [--hang=getattr,readdir,...] <mount point>
+//   hangfs [--hang=getattr,readdir,...] [--ack-fd=N] <mount point>
 //
 // It runs in the foreground, multithreaded, named "hangfs" (type "fuse.hangfs" in the
 // mount table). The tree is fixed:
 //   /notes.txt (12 bytes)  /a/  /a/one.txt (100 bytes)  /a/deep/  /b/
-// Signals steer it:
+// Signals steer it (each acknowledged with one byte on the --ack-fd descriptor):
 //   SIGUSR2  start hanging: the listed operations block (all of them when no --hang)
 //   SIGUSR1  release: blocked operations answer and new ones are answered at once
 //   SIGTERM/SIGINT  quit: blocked operations fail with EIO and the loop ends
@@ -23,6 +23,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -57,8 +58,25 @@ unsigned g_hangSet = ~0u;
 std::atomic<bool> g_hanging{false};
 std::atomic<bool> g_quit{false};
 
-void onRelease(int) { g_hanging = false; }
-void onHang(int) { g_hanging = true; }
+int g_ackFd = -1; // the fixture reads one byte per signal, so hang() and release() are synchronous
+
+void acknowledge()
+{
+    if (g_ackFd >= 0) {
+        const char byte = 'k';
+        [[maybe_unused]] const ssize_t n = ::write(g_ackFd, &byte, 1);
+    }
+}
+void onRelease(int)
+{
+    g_hanging = false;
+    acknowledge();
+}
+void onHang(int)
+{
+    g_hanging = true;
+    acknowledge();
+}
 fuse_session* g_session = nullptr;
 
 // Runs on the loop's main thread (libfuse blocks signals in its workers); ending the
@@ -238,7 +256,9 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         std::string_view arg = argv[i];
         if (arg.starts_with("--hang="))
-            g_hangSet = parseOps(arg.substr(7));
+            g_hangSet = arg.size() > 7 ? parseOps(arg.substr(7)) : ~0u;
+        else if (arg.starts_with("--ack-fd="))
+            g_ackFd = std::atoi(argv[i] + 9);
         else
             mountPoint = argv[i];
     }
