@@ -1,6 +1,7 @@
 #include "views/row_info_cache.h"
 
 #include "fs/mount_watchdog.h"
+#include "fs/volume.h"
 #include "sizes/info_module.h"
 #include "sizes/info_notifier.h"
 
@@ -83,7 +84,7 @@ std::optional<RowInfo> RowInfoCache::find(const DirNode& node, const BrondelSett
     if (mountWatchdogIsStuckAt(node.path)) {
         // A drive that does not answer: its row says so, and nothing is asked of it.
         RowInfo stuck;
-        stuck.line = stuck.cell.text = QStringLiteral("Not responding");
+        stuck.line = stuck.cell.text = QString::fromLatin1(kNotRespondingText);
         return stuck;
     }
     std::string modules = modulesKey(settings);
@@ -97,9 +98,7 @@ std::optional<RowInfo> RowInfoCache::find(const DirNode& node, const BrondelSett
     if (due && m_pending.insert(node.path).second) {
         const uint64_t epoch = m_epoch;
         m_work.submit(this, [this, node = bareCopy(node), settings, modules = std::move(modules), epoch] {
-            // A folder on a drive known not to answer would only tie up this thread.
-            RowInfo info = mountWatchdogIsStuckPath(node->path) ? RowInfo() : rowInfoCompute(*node, settings);
-            Entry entry{std::move(info), Clock::now(), epoch, modules};
+            Entry entry{rowInfoCompute(*node, settings), Clock::now(), epoch, modules};
             return std::function<void()>([this, path = node->path, entry = std::move(entry)]() mutable {
                 store(path, std::move(entry));
             });

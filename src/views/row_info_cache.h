@@ -6,7 +6,7 @@
 // known: a file's text (which comes from its node alone), or a folder's as last
 // computed, while a computation runs in the background; changed() tells them to ask
 // again. Values are recomputed when older than five seconds or when the sizes change.
-// A drive that the mount watchdog remembers as stuck reads "Not responding" at once.
+// A drive that the mount watchdog remembers as stuck reads "not responding" at once.
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"

@@ -27,8 +27,7 @@ void bridgeSizesForget(const std::string& path);
 // The sidebar's top section: its title and the existing folders, named.
 SidebarSection bridgeSidebarRead();
 
-// The mounted user-visible drives as (name, mount path), each with whether it answered
-// (waits at most the watchdog's deadline in all).
+// The mounted user-visible drives as (name, mount path), each with whether it answered.
 struct BridgeDrive {
     std::string name;
     std::string path;

@@ -1,6 +1,7 @@
 #include "window/sidebar_view.h"
 
 #include "fs/paths.h"
+#include "fs/volume.h"
 #include "window/core_bridge.h"
 #include "window/scan_service.h"
 #include "window/theme_icons.h"
@@ -64,7 +65,7 @@ void SidebarView::updateBadges(const std::vector<std::string>& stuck)
         if (notResponding == badged(item))
             continue;
         const QString name = item->data(0, kDriveNameRole).toString();
-        item->setText(0, notResponding ? name + QStringLiteral(" (not responding)") : name);
+        item->setText(0, notResponding ? name + QStringLiteral(" (%1)").arg(QLatin1String(kNotRespondingText)) : name);
         item->setIcon(0, iconSymbol(notResponding ? "exclamationmark.triangle" : "externaldrive"));
         item->setToolTip(0, notResponding ? decode(path) + QStringLiteral(" does not respond") : decode(path));
     }

@@ -426,7 +426,7 @@ private slots:
         qInfo("stuck %d", (int)mountWatchdogIsStuckAt(stuck));
         QTRY_VERIFY_WITH_TIMEOUT(SidebarView::badged(sidebarRow(frame->sidebar(), stuck)), 8000);
         QVERIFY(sidebarRow(frame->sidebar(), stuck)->text(0).contains(QStringLiteral("not responding")));
-        QTRY_COMPARE_WITH_TIMEOUT(listInfo(pane, stuck), QStringLiteral("Not responding"), 8000);
+        QTRY_COMPARE_WITH_TIMEOUT(listInfo(pane, stuck), QStringLiteral("not responding"), 8000);
         step([&] { frame->switchMode(ViewMode::Column); });
         step([&] { frame->navigateTo(m_alive); });
         QTRY_COMPARE(pane->rootNode()->path, m_alive);
