@@ -228,6 +228,7 @@ qint64 quitTimed(std::function<void()> destroyServices)
     QTimer::singleShot(0, &loop, &QEventLoop::quit);
     loop.exec();
     destroyServices();
+    qInfo("quit took %lld ms", (long long)quit.elapsed());
     return quit.elapsed();
 }
 
