@@ -8,7 +8,7 @@
 #include "config/brondel_settings.h"
 #include "fs/scanner.h"
 #include "window/browser_frame.h"
-#include "window/core_bridge.h"
+#include "sizes/info_notifier.h"
 #include "window/scan_service.h"
 #include "window/theme_icons.h"
 
@@ -101,7 +101,7 @@ void run(const char* label, ViewMode mode, const std::string& folder, BrowserCon
     for (int i = 0; i < 10; ++i) {
         QElapsedTimer post;
         post.start();
-        emit InfoChangedHub::instance().infoChanged();
+        emit InfoNotifier::instance().brondelInfoChanged();
         longestPost = std::max(longestPost, post.elapsed());
         spin(300);
     }

@@ -1,6 +1,6 @@
 #include "views/column_view.h"
 
-#include "window/core_bridge.h"
+#include "views/row_info_cache.h"
 
 #include <QContextMenuEvent>
 #include <QListView>
@@ -17,7 +17,7 @@ BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, Cont
     setResizeGripsVisible(true);
     connect(this, &QAbstractItemView::doubleClicked, this,
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });
-    connect(&InfoChangedHub::instance(), &InfoChangedHub::infoChanged, this, &BrondelBrowser::infoChanged);
+    connect(&RowInfoCache::shared(), &RowInfoCache::changed, this, &BrondelBrowser::infoChanged);
 }
 
 QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)

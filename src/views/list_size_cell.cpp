@@ -2,6 +2,7 @@
 
 #include "sizes/info_module.h"
 #include "views/node_tree_model.h"
+#include "views/row_info_cache.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -45,11 +46,13 @@ void ListSizeCell::paint(QPainter* painter, const QStyleOptionViewItem& option, 
         QStyledItemDelegate::paint(painter, option, index);
         return;
     }
-    SizeCellContent cell = listSizeCellFill(*node, m_settings);
-    if (!cell.fraction) {
+    // Only what was computed in the background: drawing never waits on a drive.
+    std::optional<RowInfo> info = RowInfoCache::shared().find(*node, m_settings);
+    if (!info || !info->cell.fraction) {
         QStyledItemDelegate::paint(painter, option, index);
         return;
     }
+    const SizeCellContent& cell = info->cell;
     // Background and selection as the other cells draw them, then bar and two texts.
     QStyleOptionViewItem base = option;
     initStyleOption(&base, index);

@@ -15,7 +15,8 @@ struct SizeCellContent {
     QString free;                   // right text
 };
 
-// What a size cell shows for a node.
+// What a size cell shows for a node, computed on the calling thread: it may ask the disk
+// about a folder, so the views take it from RowInfoCache instead.
 SizeCellContent listSizeCellFill(const DirNode& node, const BrondelSettings& settings);
 
 class NodeTreeModel;

@@ -1,7 +1,7 @@
 #include "views/list_view.h"
 
 #include "views/list_size_cell.h"
-#include "window/core_bridge.h"
+#include "views/row_info_cache.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -31,7 +31,7 @@ BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext&
     connect(source, &QAbstractItemModel::rowsInserted, this, &BrondelOutlineView::spanHeaders);
     connect(this, &QAbstractItemView::activated, this,
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });
-    connect(&InfoChangedHub::instance(), &InfoChangedHub::infoChanged, this, &BrondelOutlineView::infoChanged);
+    connect(&RowInfoCache::shared(), &RowInfoCache::changed, this, &BrondelOutlineView::infoChanged);
 }
 
 void BrondelOutlineView::spanHeaders(const QModelIndex& parent, int first, int last)

@@ -2,7 +2,7 @@
 
 #include "fs/background_release.h"
 #include "fs/sort_nodes.h"
-#include "sizes/info_module.h"
+#include "views/row_info_cache.h"
 #include "window/scan_service.h"
 
 #include <QApplication>
@@ -201,6 +201,6 @@ QVariant NodeTreeModel::headerStyle(const DirNode& header, int role)
 
 QString NodeTreeModel::infoText(const DirNode& node) const
 {
-    auto line = infoLine(node, *m_context.settings);
-    return line ? QString::fromStdString(*line) : QString();
+    std::optional<RowInfo> info = RowInfoCache::shared().find(node, *m_context.settings);
+    return info ? info->line : QString();
 }

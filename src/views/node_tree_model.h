@@ -60,7 +60,8 @@ protected:
     Item* itemAt(const QModelIndex& index) const;
     // Font and colour of a section header row (semibold, tinted with its hue).
     static QVariant headerStyle(const DirNode& header, int role);
-    // The text of a folder's info line ("" when there is none).
+    // The text of a row's info line ("" when there is none, or not yet: a folder's is
+    // computed in the background and RowInfoCache::changed() announces it).
     QString infoText(const DirNode& node) const;
 
 private:

@@ -9,6 +9,7 @@
 #include "window/core_bridge.h"
 #include "window/scan_service.h"
 
+#include <algorithm>
 #include <utility>
 #include <QApplication>
 #include <QFile>
@@ -25,6 +26,19 @@ constexpr double kDimmedAlpha = 0.5;
 QString decode(const std::string& text)
 {
     return QFile::decodeName(QByteArray::fromStdString(text));
+}
+
+// Whether two readings of the favourites show the same: a fresh reading that changes
+// nothing must not rebuild the view (and lose its scroll position and selection).
+bool headersSame(const std::vector<DirNodePtr>& a, const std::vector<DirNodePtr>& b)
+{
+    auto same = [](const DirNodePtr& x, const DirNodePtr& y) {
+        return x->name == y->name && x->path == y->path && x->hue == y->hue;
+    };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](const DirNodePtr& x, const DirNodePtr& y) {
+        return same(x, y) && std::equal(x->children.begin(), x->children.end(), y->children.begin(),
+                                 y->children.end(), same);
+    });
 }
 
 } // namespace
@@ -116,7 +130,9 @@ void BrondelWindow::goUp()
     std::string parent = pathParent(m_rootPath);
     // The file-system root and the folders that hold mounts are never shown on their
     // own: going up from a top-level folder or from a drive lands on the Computer root.
-    if (parent.empty() || parent == "/" || driveSpace(m_rootPath))
+    // Whether the folder is a drive was found out in the background when it was loaded;
+    // while that answer is missing (a mount that does not answer), its parent is next.
+    if (parent.empty() || parent == "/" || m_rootIsDrive)
         navigateLocal("/");
     else
         navigateLocal(parent);
@@ -129,8 +145,10 @@ void BrondelWindow::showLocation(const std::string& path)
     if (!m_isComputerRoot) {
         setTitle(decode(pathLastComponent(path) == "/" ? std::string() : pathLastComponent(path)));
         m_context.noteRecent(path);
+        loadHeaders(); // after the note: the Recent section then holds this folder
         scanThenShow(path);
     } else {
+        loadHeaders();
         showComputerRoot();
     }
     emit locationChanged(currentLocation());
@@ -142,6 +160,7 @@ void BrondelWindow::scanThenShow(const std::string& path)
     const int64_t gen = ++m_scanGeneration;
     m_scanPendingGen = gen;
     m_context.later(kDimDelayMs, this, [this, gen] { dimCheck(gen); });
+    checkDrive(path);
     m_context.scans->scan(path, *m_context.settings, this, [this, gen](DirNodePtr root) {
         if (m_scanGeneration != gen) {
             releaseInBackground(std::move(root)); // the user has moved on: a stale result never shows
@@ -153,6 +172,31 @@ void BrondelWindow::scanThenShow(const std::string& path)
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty())
             contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
+    });
+}
+
+void BrondelWindow::checkDrive(const std::string& path)
+{
+    m_rootIsDrive = false;
+    m_context.scans->submit(this, [this, path]() -> std::function<void()> {
+        const bool drive = driveSpace(path).has_value();
+        return [this, path, drive] {
+            if (m_rootPath == path && !m_isComputerRoot)
+                m_rootIsDrive = drive;
+        };
+    });
+}
+
+void BrondelWindow::loadHeaders()
+{
+    const int64_t gen = ++m_headersGeneration;
+    m_context.headersLoad(this, [this, gen](std::vector<DirNodePtr> headers) {
+        if (gen != m_headersGeneration || headersSame(headers, m_headers))
+            return;
+        m_headers = std::move(headers);
+        // A load on its way shows them when it lands; otherwise the view shows them now.
+        if (!m_scanPendingGen)
+            rebuildMode(m_currentMode);
     });
 }
 
@@ -233,7 +277,7 @@ void BrondelWindow::rebuildMode(ViewMode mode)
     hooks.openFolder = [this](const std::string& path) { openFolder(path); };
     hooks.openFile = [this](const std::string& path) { emit fileOpenRequested(path); };
     hooks.fillMenu = [this](QMenu& menu, const DirNodePtr& node) { contextMenuFill(menu, *this, node); };
-    m_contentView = contentViewBuild(mode, m_rootNode, m_context.headers(), m_context, hooks);
+    m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);
     emit modeChanged(mode);
@@ -249,6 +293,7 @@ void BrondelWindow::refresh()
 
 void BrondelWindow::reload()
 {
+    loadHeaders();
     if (m_isComputerRoot)
         showComputerRoot();
     else

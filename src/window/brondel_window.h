@@ -43,6 +43,8 @@ public:
     int64_t scanGeneration() const { return m_scanGeneration; }
     std::optional<int64_t> scanPendingGen() const { return m_scanPendingGen; }
     bool isDimmed() const { return m_dimmed; }
+    const std::vector<DirNodePtr>& headers() const { return m_headers; }
+    bool rootIsDrive() const { return m_rootIsDrive; }
     QWidget* contentView() const { return m_contentView; }
     const BrowserContext& context() const { return m_context; }
 
@@ -88,10 +90,17 @@ private:
     // Back and Forward: one algorithm with the two stacks swapped.
     void stepThrough(std::vector<std::string>& source, std::vector<std::string>& other);
     void propagate(const std::string& location);
+    // Finds out in the background whether `path` is a drive's root (for goUp).
+    void checkDrive(const std::string& path);
+    // Reads the favourites headers in the background; the view shows them on arrival.
+    void loadHeaders();
 
     const BrowserContext& m_context;
     std::string m_rootPath;
     DirNodePtr m_rootNode;
+    std::vector<DirNodePtr> m_headers; // the favourites, as last read in the background
+    int64_t m_headersGeneration = 0;
+    bool m_rootIsDrive = false; // false until the background check says otherwise
     bool m_isComputerRoot = false;
     ViewMode m_currentMode = ViewMode::List;
     QString m_title;

@@ -1,6 +1,7 @@
 #include "window/browser_context.h"
 
 #include "window/core_bridge.h"
+#include "window/scan_service.h"
 
 #include <QTimer>
 
@@ -17,15 +18,25 @@ BrowserContext::Build BrowserContext::computerRootBuilder() const
     return computerRootBuild ? computerRootBuild : Build(bridgeComputerRoot);
 }
 
-std::vector<DirNodePtr> BrowserContext::headers() const
+void BrowserContext::headersLoad(QObject* context, std::function<void(std::vector<DirNodePtr>)> done) const
 {
-    return pinnedNodes ? pinnedNodes() : bridgePinnedNodes(*settings);
+    // The favourites and palette files are read and every entry is looked up on disk:
+    // one entry on a mount that does not answer would freeze the window.
+    editQueue().submit(context, [read = pinnedNodes, settings = *settings, done = std::move(done)] {
+        std::vector<DirNodePtr> headers = read ? read() : bridgePinnedNodes(settings);
+        return std::function<void()>([done, headers] { done(headers); });
+    });
 }
 
 void BrowserContext::noteRecent(const std::string& path) const
 {
-    if (recentsNote)
-        recentsNote(path);
-    else
-        bridgeRecentsNote(path, *settings);
+    // Every recent folder is looked up and the file written with an fsync: never on the
+    // main thread. One thread keeps the notes in the order of the navigation.
+    editQueue().submit(nullptr, [note = recentsNote, settings = *settings, path] {
+        if (note)
+            note(path);
+        else
+            bridgeRecentsNote(path, settings);
+        return std::function<void()>();
+    });
 }

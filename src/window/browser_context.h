@@ -1,7 +1,8 @@
 #pragma once
 // What every pane and view of a window needs from the application: the folder reads,
 // the settings, and a way to run something a little later (a seam so that tests can
-// fire the delayed dimming check themselves instead of waiting for it).
+// fire the delayed dimming check themselves instead of waiting for it). Everything here
+// that reads or writes files does so off the main thread.
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
@@ -24,7 +25,8 @@ struct BrowserContext {
     const BrondelSettings* settings = nullptr;
     Defer defer; // empty: a QTimer single shot
     bool animate = true; // fades; off in tests and benchmarks
-    // Stand-ins for the core services (tests give their own); empty: the real ones.
+    // Stand-ins for the core services (tests give their own); empty: the real ones. All
+    // three are called off the main thread.
     std::function<DirNodePtr()> computerRootBuild;
     std::function<std::vector<DirNodePtr>()> pinnedNodes;
     std::function<void(const std::string&)> recentsNote;
@@ -35,7 +37,10 @@ struct BrowserContext {
     void later(int milliseconds, QObject* context, std::function<void()> call) const;
     using Build = std::function<DirNodePtr()>;
     Build computerRootBuilder() const; // callable from any thread
-    std::vector<DirNodePtr> headers() const;
+    // Reads the favourites headers on the edit queue (after any recent folder noted
+    // before) and hands them to `done` on the main thread while `context` lives.
+    void headersLoad(QObject* context, std::function<void(std::vector<DirNodePtr>)> done) const;
+    // Notes a shown folder in the recent folders, on the edit queue.
     void noteRecent(const std::string& path) const;
     ScanService& editQueue() const { return edits ? *edits : *scans; }
 };

@@ -4,9 +4,9 @@
 #include "config/recents.h"
 #include "config/sidebar_file.h"
 #include "fs/computer_root.h"
+#include "fs/mount_watchdog.h"
 #include "fs/volume_list.h"
 #include "sizes/folder_sizes.h"
-#include "sizes/info_notifier.h"
 
 DirNodePtr bridgeComputerRoot()
 {
@@ -38,17 +38,11 @@ std::vector<BridgeDrive> bridgeDrives()
 {
     std::vector<BridgeDrive> drives;
     for (const auto& volume : VolumeList::mounted())
-        drives.push_back({volume.name, volume.path});
+        drives.push_back({volume.name, volume.path, volume.responding});
     return drives;
 }
 
-InfoChangedHub& InfoChangedHub::instance()
+bool bridgeDriveStuck(const std::string& mountPoint)
 {
-    static InfoChangedHub* hub = new InfoChangedHub;
-    return *hub;
-}
-
-InfoChangedHub::InfoChangedHub()
-{
-    connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, this, &InfoChangedHub::infoChanged);
+    return mountWatchdogIsStuckAt(mountPoint);
 }

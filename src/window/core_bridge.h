@@ -1,14 +1,13 @@
 #pragma once
 // The few core services the window needs that other parts of the core provide: the
-// Computer root, the favourites headers, the recent folders, the sidebar file, the
-// folder-size cache and its change notification. The window reaches them only through
-// these functions, so each is one line to repoint.
+// Computer root, the favourites headers, the recent folders, the sidebar file and the
+// folder-size cache. The window reaches them only through these functions, so each is
+// one line to repoint. All but bridgeSizesForget (which only drops cached numbers) may
+// touch the disk: they are called off the main thread.
 
 #include "config/brondel_settings.h"
 #include "config/sidebar_section.h"
 #include "fs/dir_node.h"
-
-#include <QObject>
 
 #include <string>
 #include <vector>
@@ -28,23 +27,14 @@ void bridgeSizesForget(const std::string& path);
 // The sidebar's top section: its title and the existing folders, named.
 SidebarSection bridgeSidebarRead();
 
-// The mounted user-visible drives as (name, mount path).
+// The mounted user-visible drives as (name, mount path), each with whether it answered.
 struct BridgeDrive {
     std::string name;
     std::string path;
+    bool responding = true;
 };
 std::vector<BridgeDrive> bridgeDrives();
 
-// One process-wide object in the main thread whose infoChanged() fires when computed
-// information (folder sizes) has changed; views reload their rows on it.
-class InfoChangedHub : public QObject {
-    Q_OBJECT
-public:
-    static InfoChangedHub& instance();
-
-signals:
-    void infoChanged();
-
-private:
-    InfoChangedHub();
-};
+// Whether the drive mounted at `mountPoint` is remembered as not responding: a look-up,
+// no system call (for the UI thread).
+bool bridgeDriveStuck(const std::string& mountPoint);

@@ -1,20 +1,16 @@
 #include "window/scan_service.h"
 
 #include "fs/scanner.h"
-#include "fs/work_class.h"
-
-#include <QPointer>
 
 ScanService::ScanService(int threads, QObject* parent)
     : QObject(parent)
+    // Below the UI thread, above size walks. One thread is a queue whose tasks never
+    // overlap, even when one is stuck: the edits of a file then apply in order.
+    , m_work(threads, WorkClass::UserInitiated, threads == 1 ? WhenStuck::Wait : WhenStuck::AddThread)
 {
-    m_pool.setMaxThreadCount(threads);
 }
 
-ScanService::~ScanService()
-{
-    m_pool.waitForDone();
-}
+ScanService::~ScanService() = default;
 
 void ScanService::scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done)
 {
@@ -27,17 +23,5 @@ void ScanService::scan(const std::string& path, const BrondelSettings& settings,
 
 void ScanService::submit(QObject* context, Work work)
 {
-    // The guard is made and read on the main thread only; the worker merely carries it.
-    QPointer<QObject> guard(context);
-    m_pool.start([this, guard, work = std::move(work)] {
-        threadSetWorkClass(WorkClass::UserInitiated); // below the UI thread, above size walks
-        std::function<void()> then = work();
-        QMetaObject::invokeMethod(
-            this,
-            [guard, then = std::move(then)] {
-                if (guard)
-                    then();
-            },
-            Qt::QueuedConnection);
-    });
+    m_work.submit(context, std::move(work));
 }

@@ -1,12 +1,13 @@
 #pragma once
 // Folder reads for the windows and views, on a thread pool the service owns. Results
 // come back on the main thread, and only while the object that asked still exists.
+// Destroying the service never waits: a read stuck on a dead mount is let go.
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
+#include "views/background_work.h"
 
 #include <QObject>
-#include <QThreadPool>
 
 #include <functional>
 #include <string>
@@ -16,10 +17,10 @@ class ScanService : public QObject {
 public:
     using Done = std::function<void(DirNodePtr)>;
     // Runs off the main thread and returns what to do on the main thread afterwards.
-    using Work = std::function<std::function<void()>()>;
+    using Work = BackgroundWork::Work;
 
     explicit ScanService(int threads = 2, QObject* parent = nullptr);
-    ~ScanService() override; // waits for reads in flight
+    ~ScanService() override; // drops queued reads, lets running ones go
 
     // Scans `path` to depth 1 in the background; `done` receives the fresh root on the
     // main thread unless `context` has been destroyed by then. Virtual so that tests can
@@ -27,12 +28,14 @@ public:
     virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done);
 
     // Any other background read: `work` runs on the pool, its continuation on the main
-    // thread unless `context` has been destroyed by then.
+    // thread unless `context` has been destroyed by then (no context: always). With one
+    // thread, tasks run one after the other in the order they were submitted, even when
+    // one is stuck; with more, tasks queued behind stuck ones get spare threads.
     void submit(QObject* context, Work work);
 
     // Waits until nothing is running (tests, benchmarks).
-    void waitForDone() { m_pool.waitForDone(); }
+    void waitForDone() { m_work.waitForDone(); }
 
 private:
-    QThreadPool m_pool;
+    BackgroundWork m_work;
 };

@@ -1,16 +1,21 @@
 #include "window/sidebar_view.h"
 
 #include "fs/paths.h"
+#include "fs/volume.h"
 #include "window/core_bridge.h"
 #include "window/scan_service.h"
 #include "window/theme_icons.h"
 
 #include <QFile>
+
+#include <algorithm>
 #include <QHeaderView>
 
 namespace {
 
 constexpr int kPathRole = Qt::UserRole + 1;
+constexpr int kDriveNameRole = Qt::UserRole + 2; // drive rows only: the name without badge
+constexpr int kBadgeCheckMs = 2000;
 
 QString decode(const std::string& text)
 {
@@ -35,7 +40,35 @@ SidebarView::SidebarView(ScanService* scans, QWidget* parent)
         if (!path.empty())
             emit locationChosen(path);
     });
+    // A drive may stop (or start again) answering at any time: the watchdog remembers
+    // it, and asking it costs no system call.
+    m_badgeCheck.setInterval(kBadgeCheckMs);
+    connect(&m_badgeCheck, &QTimer::timeout, this, [this] { updateBadges({}); });
+    m_badgeCheck.start();
     reload();
+}
+
+bool SidebarView::badged(const QTreeWidgetItem* item)
+{
+    return item && item->data(0, kDriveNameRole).isValid() && item->text(0) != item->data(0, kDriveNameRole).toString();
+}
+
+void SidebarView::updateBadges(const std::vector<std::string>& stuck)
+{
+    for (QTreeWidgetItemIterator it(this); *it; ++it) {
+        QTreeWidgetItem* item = *it;
+        if (!item->data(0, kDriveNameRole).isValid())
+            continue;
+        const std::string path = pathOf(item);
+        const bool notResponding =
+            std::find(stuck.begin(), stuck.end(), path) != stuck.end() || bridgeDriveStuck(path);
+        if (notResponding == badged(item))
+            continue;
+        const QString name = item->data(0, kDriveNameRole).toString();
+        item->setText(0, notResponding ? name + QStringLiteral(" (%1)").arg(QLatin1String(kNotRespondingText)) : name);
+        item->setIcon(0, iconSymbol(notResponding ? "exclamationmark.triangle" : "externaldrive"));
+        item->setToolTip(0, notResponding ? decode(path) + QStringLiteral(" does not respond") : decode(path));
+    }
 }
 
 std::string SidebarView::pathOf(const QTreeWidgetItem* item)
@@ -68,15 +101,27 @@ QTreeWidgetItem* SidebarView::row(QTreeWidgetItem* parent, const QString& name, 
 
 void SidebarView::reload()
 {
-    // The sidebar file may be created on first use and probing drives can wait on a
-    // slow mount: both are read off the main thread.
+    // The sidebar file may be created on first use, its folders are looked up, and
+    // probing drives can wait on a slow mount: all of it is read off the main thread, in
+    // two separate reads, so that a favourite on a dead mount never keeps the drives
+    // (and their "not responding" badges) from showing, nor the other way round.
     const int gen = ++m_generation;
     m_scans->submit(this, [this, gen]() -> std::function<void()> {
         SidebarSection top = bridgeSidebarRead();
+        return [this, gen, top] {
+            if (gen != m_generation)
+                return;
+            m_top = top;
+            fill(m_top, m_drives);
+        };
+    });
+    m_scans->submit(this, [this, gen]() -> std::function<void()> {
         std::vector<BridgeDrive> drives = bridgeDrives();
-        return [this, gen, top, drives] {
-            if (gen == m_generation)
-                fill(top, drives);
+        return [this, gen, drives] {
+            if (gen != m_generation)
+                return;
+            m_drives = drives;
+            fill(m_top, m_drives);
         };
     });
 }
@@ -89,8 +134,13 @@ void SidebarView::fill(const SidebarSection& top, const std::vector<BridgeDrive>
         row(places, decode(item.name), item.path, item.path == homeDir() ? "house" : "folder");
     QTreeWidgetItem* computer = section(QStringLiteral("Computer"));
     row(computer, QStringLiteral("Computer"), "/", "desktopcomputer");
-    for (const auto& drive : drives)
-        row(computer, decode(drive.name), drive.path, "externaldrive");
+    std::vector<std::string> stuck;
+    for (const auto& drive : drives) {
+        row(computer, decode(drive.name), drive.path, "externaldrive")->setData(0, kDriveNameRole, decode(drive.name));
+        if (!drive.responding)
+            stuck.push_back(drive.path);
+    }
+    updateBadges(stuck);
     expandAll();
     select(m_selected);
 }

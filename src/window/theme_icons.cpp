@@ -36,6 +36,7 @@ const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable
         {"folder", {"folder", "folder-symbolic"}},
         {"doc", {"text-x-generic", "text-x-generic-symbolic"}},
         {"externaldrive", {"drive-harddisk", "drive-harddisk-symbolic"}},
+        {"exclamationmark.triangle", {"dialog-warning", "dialog-warning-symbolic"}},
         {"house", {"user-home", "user-home-symbolic"}},
         {"power", {"application-exit", "application-exit-symbolic"}},
         {"gearshape", {"preferences-system", "preferences-system-symbolic"}},

@@ -79,6 +79,8 @@ struct Fixture {
         frame->show();
         pane()->reload();
         t.scans.finishAll();
+        // The favourites are read in the background and arrive on their own.
+        QTest::qWaitFor([this] { return !pane()->headers().empty(); });
         pane()->rebuildMode(mode);
     }
 

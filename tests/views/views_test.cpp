@@ -9,7 +9,7 @@
 #include "views/list_size_cell.h"
 #include "views/list_view.h"
 #include "sizes/folder_sizes.h"
-#include "window/core_bridge.h"
+#include "sizes/info_notifier.h"
 
 #include <QItemSelectionModel>
 
@@ -176,7 +176,7 @@ private slots:
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         QSignalSpy changed(source, &QAbstractItemModel::dataChanged);
-        emit InfoChangedHub::instance().infoChanged();
+        emit InfoNotifier::instance().brondelInfoChanged();
         QCOMPARE(changed.count(), 5); // every visible row, size column only
         for (const auto& args : changed)
             QCOMPARE(args.at(0).toModelIndex().column(), int(ListSource::Size));
@@ -190,7 +190,7 @@ private slots:
         QTRY_VERIFY(columns->texts > 0);
         QTest::qWait(50);
         columns->texts = 0;
-        emit InfoChangedHub::instance().infoChanged();
+        emit InfoNotifier::instance().brondelInfoChanged();
         QTRY_VERIFY(columns->texts >= 5);
     }
 
@@ -206,13 +206,15 @@ private slots:
         view.resize(600, 400);
         view.show(); // drawing the row asks for the size, which starts the walk
 
-        // The walk's announcement makes the view ask again for the rows on screen.
+        // The row's text is computed in the background and announced; so is the walk's end,
+        // which makes the view ask again for the rows on screen.
         QTRY_VERIFY_WITH_TIMEOUT(!changed.isEmpty(), 10000);
         const QModelIndex big = source->index(0, ListSource::Size);
         QCOMPARE(changed.first().at(0).toModelIndex(), big);
+        QTRY_VERIFY_WITH_TIMEOUT(FolderSizes::shared().size(tree.path("root/big")).has_value(), 10000);
         auto size = FolderSizes::shared().size(tree.path("root/big"));
-        QVERIFY(size && *size >= 7000);
-        QCOMPARE(big.data().toString(), QString::fromStdString(fmtHuman(*size)));
+        QVERIFY(*size >= 7000);
+        QTRY_COMPARE(big.data().toString(), QString::fromStdString(fmtHuman(*size)));
     }
 
     void sizeCellOfAFileAndAHeader()

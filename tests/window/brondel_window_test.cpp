@@ -6,6 +6,13 @@
 #include "sizes/folder_sizes.h"
 #include "fs/sys_calls.h"
 #include "window/brondel_window.h"
+#include "fs/volume.h"
+
+#include <QAbstractItemView>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
 
 #include <QLabel>
 
@@ -104,6 +111,65 @@ private slots:
         QCOMPARE(top->navHistory().size(), before);
         QTRY_COMPARE(top->title(), QStringLiteral("TestComputer"));
         QCOMPARE(top->rootNode()->path, std::string("/"));
+    }
+
+    void enclosingFolderOfADriveIsTheComputerOnceTheCheckIsIn()
+    {
+        // A mount point whose parent is not "/": only the background check knows it is a
+        // drive; until its answer is in, Enclosing Folder goes to the parent.
+        const std::string drive = "/dev/shm";
+        if (!driveSpace(drive))
+            QSKIP("no mount at /dev/shm here");
+        TestContext t;
+        auto pane = paneAt(t, "/tmp");
+        pane->navigateLocal(drive);
+        QVERIFY(!pane->rootIsDrive());
+        QTRY_VERIFY(pane->rootIsDrive());
+        pane->goUp();
+        QVERIFY(pane->isComputerRoot());
+
+        auto early = paneAt(t, "/tmp");
+        early->navigateLocal(drive);
+        early->goUp(); // the check has not answered yet
+        QCOMPARE(early->currentLocation(), std::string("/dev"));
+    }
+
+    void recentsAndFavouritesAreReadAndWrittenOffTheUiThread()
+    {
+        TempTree tree;
+        const std::string a = tree.dir("a"), b = tree.dir("b"), c = tree.dir("c");
+        TestContext t;
+        std::mutex lock;
+        std::vector<std::string> noted;
+        std::atomic<int> onUiThread{0};
+        const auto ui = std::this_thread::get_id();
+        t.context.recentsNote = [&](const std::string& path) {
+            onUiThread += std::this_thread::get_id() == ui;
+            std::lock_guard guard(lock);
+            noted.push_back(path);
+        };
+        t.headers = {testHeader("Work", "pinned:/Work", {a})};
+        t.context.pinnedNodes = [&] {
+            onUiThread += std::this_thread::get_id() == ui;
+            return t.headers;
+        };
+        auto pane = paneAt(t, tree.root());
+        for (const auto& path : {a, b, c})
+            pane->navigateLocal(path);
+        t.scans.finishAll();
+        QTRY_COMPARE(pane->headers().size(), size_t(1)); // they arrive on their own
+        {
+            std::lock_guard guard(lock);
+            QCOMPARE(noted, (std::vector<std::string>{a, b, c})); // in the order shown
+        }
+        QCOMPARE(onUiThread.load(), 0);
+        // The view shows them: the header row, then its entry, above the folder's rows.
+        auto* view = qobject_cast<QAbstractItemView*>(pane->contentView());
+        QVERIFY(view);
+        QCOMPARE(view->model()->index(0, 0).data().toString(), QStringLiteral("Work"));
+
+        pane->rebuildMode(ViewMode::Column); // a mode switch reads nothing
+        QCOMPARE(onUiThread.load(), 0);
     }
 
     void staleScanNeverShows()
