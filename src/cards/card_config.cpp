@@ -17,6 +17,12 @@ std::vector<std::string> splitBars(std::string_view value)
     for (;;) {
         size_t bar = value.find('|', start);
         std::string_view piece = value.substr(start, bar == std::string_view::npos ? bar : bar - start);
+        // Each title may be quoted on its own ("A"|"B"); the file writes all of them
+        // inside one pair of quotes, so a title never begins or ends with one.
+        while (piece.starts_with('"'))
+            piece.remove_prefix(1);
+        while (piece.ends_with('"'))
+            piece.remove_suffix(1);
         if (!piece.empty())
             pieces.emplace_back(piece);
         if (bar == std::string_view::npos)

@@ -41,7 +41,7 @@ std::vector<CardMenuItem> choices(const CardConfig& config, T CardConfig::*field
 {
     std::vector<CardMenuItem> items;
     for (const auto& [title, value] : values)
-        items.push_back(cardMenuItem(title, config.*field == value, [field, value](CardConfig& c) { c.*field = value; }));
+        items.push_back(cardMenuItem(title, config.*field == value, [field, to = value](CardConfig& c) { c.*field = to; }));
     return items;
 }
 

@@ -25,8 +25,11 @@ Palette paletteParse(std::string_view text)
         size_t eq = line.find('=');
         if (line.starts_with('#') || eq == std::string_view::npos)
             continue;
+        const std::string_view name = configTrim(line.substr(0, eq));
+        if (name.empty()) // "= 0.5" names no colour: malformed
+            continue;
         if (auto hue = configParseDouble(configTrim(line.substr(eq + 1))))
-            palette.push_back({std::string(configTrim(line.substr(0, eq))), *hue});
+            palette.push_back({std::string(name), *hue});
     }
     return palette;
 }

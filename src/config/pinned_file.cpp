@@ -11,15 +11,29 @@ namespace {
 
 bool isLineBreak(char c) { return c == '\n' || c == '\r'; }
 
-// The header as kept: the text before the first section line, without line breaks at
-// either end, plus one.
+bool isSectionLine(std::string_view raw) { return configTrim(raw) == "[[section]]"; }
+
+// The header as kept: the text before the first section line, without blank lines at
+// either end, plus one line break. A "\r" is only a line break at the ends of the
+// header when dropping it cannot make a section line of "\r[[section]]" or
+// "[[section]]\r", which the file read as header text.
 std::string headerText(std::string_view text)
 {
-    while (!text.empty() && isLineBreak(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isLineBreak(text.back()))
-        text.remove_suffix(1);
-    return std::string(text) + "\n";
+    size_t first = 0;
+    while (first < text.size() && isLineBreak(text[first]))
+        ++first;
+    const size_t lastNewline = text.substr(0, first).rfind('\n');
+    const size_t lineStart = lastNewline == std::string_view::npos ? 0 : lastNewline + 1;
+    text.remove_prefix(isSectionLine(text.substr(first, text.find('\n', first) - first)) ? lineStart : first);
+    size_t end = text.size();
+    while (end > 0 && isLineBreak(text[end - 1]))
+        --end;
+    const size_t lastLine = text.substr(0, end).rfind('\n');
+    const size_t tailStart = lastLine == std::string_view::npos ? 0 : lastLine + 1;
+    const std::string_view tail = text.substr(tailStart, end - tailStart);
+    if (end < text.size() && text[end] == '\r' && isSectionLine(tail))
+        ++end;
+    return std::string(text.substr(0, end)) + "\n";
 }
 
 void readSectionLine(PinnedSec& sec, std::string_view line)
@@ -91,7 +105,7 @@ PinnedFile pinnedParse(std::string_view text)
     PinnedSec* current = nullptr;
     for (std::string_view raw : configSplitLines(text)) {
         std::string_view line = configTrim(raw);
-        if (line == "[[section]]") {
+        if (isSectionLine(raw)) {
             if (!current)
                 headerEnd = size_t(raw.data() - text.data());
             current = &file.secs.emplace_back();

@@ -49,6 +49,11 @@ void apply(BrondelSettings& s, const Field& field, const std::string& value)
             return;
         if (field.rule == Rule::NonEmpty && value.empty())
             return;
+        // Only an unquoted or unterminated value can hold a quote, and the file has no
+        // way to write one back: such a line is malformed, or the next save would turn
+        // it into another value.
+        if (value.find('"') != std::string::npos)
+            return;
         s.*(*m) = value;
     }
 }

@@ -30,7 +30,7 @@ QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
     column->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(column, &QWidget::customContextMenuRequested, this, [this, column](QPoint pos) {
         if (auto menu = menuAt(column, pos))
-            menu->exec(column->viewport()->mapToGlobal(pos));
+            contentMenuPopup(std::move(menu), *column, column->viewport()->mapToGlobal(pos));
     });
     // Return opens a folder in place of a double-click.
     connect(column, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
@@ -72,5 +72,5 @@ void BrondelBrowser::contextMenuEvent(QContextMenuEvent* event)
 {
     // Only the space beside the columns gets here: the columns answer for themselves.
     if (auto menu = menuAt(nullptr, event->pos()))
-        menu->exec(event->globalPos());
+        contentMenuPopup(std::move(menu), *this, event->globalPos());
 }

@@ -85,6 +85,16 @@ std::unique_ptr<QMenu> contentMenuAt(QAbstractItemView& view, QPoint pos, const 
     return menu;
 }
 
+void contentMenuPopup(std::unique_ptr<QMenu> menu, QWidget& owner, QPoint global)
+{
+    // Not a child of the view: an action may rebuild the view, and a view deleted in
+    // the middle of the menu's own signal would take the menu with it.
+    QMenu* shown = menu.release();
+    QObject::connect(shown, &QMenu::aboutToHide, shown, &QObject::deleteLater);
+    QObject::connect(&owner, &QObject::destroyed, shown, &QMenu::close);
+    shown->popup(global);
+}
+
 namespace {
 
 // The icon and Peek modes until their own views land: the root's items as a grid.
@@ -106,7 +116,7 @@ QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, cons
     view->setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(view, &QWidget::customContextMenuRequested, view, [view, hooks](QPoint pos) {
         if (auto menu = contentMenuAt(*view, pos, hooks))
-            menu->exec(view->viewport()->mapToGlobal(pos));
+            contentMenuPopup(std::move(menu), *view, view->viewport()->mapToGlobal(pos));
     });
     return view;
 }

@@ -49,6 +49,12 @@ bool contentViewSelect(QWidget* view, const std::string& path);
 // then the hooks fill the menu for it, or for empty space. Null when they add nothing.
 std::unique_ptr<QMenu> contentMenuAt(QAbstractItemView& view, QPoint pos, const ContentHooks& hooks);
 
+// Shows a context menu at `global` without a nested event loop, and returns at once.
+// A nested loop (QMenu::exec) would let the pane rebuild its view, and so delete the
+// view whose handler is still on the stack. The menu owns itself: it is freed once
+// hidden, and closes when `owner` goes away; its actions hold values only.
+void contentMenuPopup(std::unique_ptr<QMenu> menu, QWidget& owner, QPoint global);
+
 // What a double-click or Return on a row does: folders go to openFolder, files to
 // openFile, section headers do nothing.
 void contentActivate(const DirNodePtr& node, const ContentHooks& hooks);

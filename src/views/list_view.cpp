@@ -73,5 +73,5 @@ std::unique_ptr<QMenu> BrondelOutlineView::menuAt(QPoint pos)
 void BrondelOutlineView::contextMenuEvent(QContextMenuEvent* event)
 {
     if (auto menu = menuAt(event->pos()))
-        menu->exec(event->globalPos());
+        contentMenuPopup(std::move(menu), *this, event->globalPos());
 }

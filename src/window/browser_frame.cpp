@@ -14,6 +14,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QMenu>
+#include <QPointer>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
     : QMainWindow(parent)
@@ -157,7 +158,11 @@ void BrowserFrame::wireJack(PaneView* view)
         swap->setEnabled(m_cables.to(pane).size() == 1);
         QAction* detach = menu.addAction(QStringLiteral("Detach cable"));
         detach->setEnabled(m_cables.from(pane) || !m_cables.to(pane).empty());
+        // The menu's own event loop may close the pane (or the frame) meanwhile.
+        QPointer<BrondelWindow> alive(pane);
         QAction* chosen = menu.exec(global);
+        if (!alive)
+            return;
         if (chosen == mirror)
             toggleMirror(pane);
         else if (chosen == swap)

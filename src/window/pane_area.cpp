@@ -101,7 +101,7 @@ void PaneArea::paneReplace(QWidget* old, QWidget* replacement)
         parent->replaceWidget(parent->indexOf(old), replacement);
         parent->setSizes(sizes);
     } else if (old == root()) {
-        m_layout->replaceWidget(old, replacement);
+        delete m_layout->replaceWidget(old, replacement); // the old widget's layout item is ours to free
         replacement->setParent(this);
         replacement->show();
     }

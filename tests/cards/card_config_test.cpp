@@ -72,6 +72,9 @@ TEST(CardConfig, ReadsEachLineLeniently)
         {"hidden = \"Today||Yesterday\"", "files", [](CardConfig c) { c.hidden = {"Today", "Yesterday"}; return c; }},
         {"hidden = \" Today\"", "files", [](CardConfig c) { c.hidden = {" Today"}; return c; }},
         {"hidden = \"C#|D\"", "files", [](CardConfig c) { c.hidden = {"C"}; return c; }},
+        // Titles quoted one by one lose their own quotes, which the file could not
+        // write back.
+        {"hidden = \"A\"|\"B\"|x\"", "files", [](CardConfig c) { c.hidden = {"A", "B", "x"}; return c; }},
         {"sort = \"date\"   # comment", "files", [](CardConfig c) { c.sort = "date"; return c; }},
         {"thumbs = True", "files", [](CardConfig c) { c.thumbs = false; return c; }},
         {"collapsed = true\r", "files", [](CardConfig c) { c.collapsed = false; return c; }},

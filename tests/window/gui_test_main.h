@@ -44,14 +44,18 @@ public:
     }
 
     size_t count() const { return m_requests.size(); }
+    // How many results reached a requester that still existed.
+    size_t delivered() const { return m_delivered; }
     const std::string& path(size_t i) const { return m_requests.at(i).path; }
 
     // Reads the folder of request i now and hands it over, as the pool would.
     void finish(size_t i)
     {
         Request& r = m_requests.at(i);
-        if (r.context)
-            r.done(Scanner(BrondelSettings{}).scan(r.path, 1));
+        if (!r.context)
+            return;
+        ++m_delivered;
+        r.done(Scanner(BrondelSettings{}).scan(r.path, 1));
     }
     void finishAll()
     {
@@ -62,6 +66,7 @@ public:
 
 private:
     std::vector<Request> m_requests;
+    size_t m_delivered = 0;
 };
 
 // A context whose reads and delayed calls are in the test's hands.
@@ -92,14 +97,20 @@ struct TestContext {
         };
     }
 
-    // Runs the delayed calls scheduled so far (the 0.12 s dimming checks).
-    void fireDeferred()
+    // Runs the delayed calls scheduled so far (the 0.12 s dimming checks) whose
+    // context still exists; returns how many ran.
+    size_t fireDeferred()
     {
         auto calls = std::move(deferred);
         deferred.clear();
-        for (auto& [ctx, call] : calls)
-            if (ctx)
+        size_t ran = 0;
+        for (auto& [ctx, call] : calls) {
+            if (ctx) {
                 call();
+                ++ran;
+            }
+        }
+        return ran;
     }
 };
 
