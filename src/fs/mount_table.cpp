@@ -2,7 +2,6 @@
 
 #include "fs/text_lines.h"
 
-#include <charconv>
 #include <sys/sysmacros.h>
 
 namespace {
@@ -86,12 +85,6 @@ std::optional<MountRecord> parseLine(std::string_view line)
     if (record.mountPoint.empty() || record.mountPoint[0] != '/')
         return std::nullopt;
     record.options = unescape(fields[5]);
-    const std::string_view dev = fields[2];
-    const size_t colon = dev.find(':');
-    unsigned major = 0, minor = 0;
-    std::from_chars(dev.data(), dev.data() + colon, major);
-    std::from_chars(dev.data() + colon + 1, dev.data() + dev.size(), minor);
-    record.device = makedev(major, minor);
     record.fsType = unescape(fields[separator + 1]);
     record.source = unescape(fields[separator + 2]);
     return record;
