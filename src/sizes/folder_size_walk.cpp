@@ -1,8 +1,10 @@
 #include "sizes/folder_size_walk.h"
 
+#include "fs/dir_fd.h"
 #include "fs/file_io.h"
 #include "fs/mount_watchdog.h"
 #include "fs/sys_calls.h"
+#include "fs/walk_gate.h"
 #include "fs/work_stack.h"
 
 #include <algorithm>
@@ -21,46 +23,15 @@
 
 namespace {
 
-// A folder's descriptor, kept open while jobs still have to open children through it:
-// the descriptors in use stay bounded by the depth, not by the number of folders.
-struct DirFd {
-    explicit DirFd(int fd)
-        : fd(fd)
-    {
-    }
-    ~DirFd()
-    {
-        if (fd >= 0)
-            sysClose(fd);
-    }
-    DirFd(const DirFd&) = delete;
-    DirFd& operator=(const DirFd&) = delete;
-    const int fd;
-};
-
-// A folder on the way down from a root. A folder that is its own ancestor (a bind
-// mount of a parent on the same device) would make the walk endless; it is skipped.
-struct Ancestor {
-    dev_t dev;
-    ino_t ino;
-    std::shared_ptr<const Ancestor> up;
-};
-
-bool isAncestor(const Ancestor* chain, const struct stat& st)
-{
-    for (; chain; chain = chain->up.get())
-        if (chain->ino == st.st_ino && chain->dev == st.st_dev)
-            return true;
-    return false;
-}
-
 // A folder still to be read: its name inside `parent` (for a root: the path itself,
 // opened from the working directory and followed if it is a link).
 struct DirJob {
     std::shared_ptr<DirFd> parent;
     std::string name;
     std::string path; // only kept while mount points lie below the roots
-    std::shared_ptr<const Ancestor> self;
+    // The folders on the way down from the root: a folder that is its own ancestor (a
+    // bind mount of a parent on the same device) would make the walk endless; it is skipped.
+    std::shared_ptr<const WalkAncestor> self;
     size_t root = 0;
     bool follow = false;
 };
@@ -91,11 +62,6 @@ int statFollow(const char* path, struct stat* st)
         rc = sysCalls().stat(path, st);
     while (rc != 0 && errno == EINTR);
     return rc;
-}
-
-bool isDotOrDotDot(const char* name)
-{
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
 constexpr size_t kDirentBuffer = 64 * 1024;
@@ -159,7 +125,7 @@ public:
                 continue;
             }
             m_devs[i] = st.st_dev;
-            auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, nullptr});
+            auto self = std::make_shared<const WalkAncestor>(WalkAncestor{st.st_dev, st.st_ino, nullptr});
             roots.push_back({cwd, m_paths[i], *real.value, std::move(self), i, true});
         }
         cwd.reset();
@@ -181,7 +147,7 @@ private:
     // that stay on the root's device.
     void readDir(DirJob& job, std::vector<DirJob>& subs, std::vector<char>& buffer)
     {
-        const int fd = openDirAt(job.parent->fd, job.name.c_str(), job.follow);
+        const int fd = openDirAt(job.parent->fd(), job.name.c_str(), job.follow);
         job.parent.reset(); // the parent closes as soon as its last child is open
         if (fd < 0)
             return;
@@ -194,35 +160,23 @@ private:
             if (auto it = m_mountsIn.find(job.path); it != m_mountsIn.end())
                 mountsHere = &it->second;
         int64_t sum = 0;
-        for (;;) {
-            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
-            if (n < 0 && errno == EINTR)
-                continue;
-            if (n <= 0)
-                break;
-            for (ssize_t offset = 0; offset < n;) {
-                const auto* entry = reinterpret_cast<const struct dirent64*>(buffer.data() + offset);
-                offset += entry->d_reclen;
-                const char* name = entry->d_name;
-                if (isDotOrDotDot(name))
-                    continue;
-                if (mountsHere)
-                    if (auto m = mountsHere->find(name); m != mountsHere->end() && m->second != dev)
-                        continue;
-                struct stat st;
-                if (lstatAt(fd, name, &st) != 0)
-                    continue;
-                if (!S_ISDIR(st.st_mode)) {
-                    sum += int64_t(st.st_size);
-                    continue;
-                }
-                if (st.st_dev != dev || isAncestor(job.self.get(), st))
-                    continue;
-                auto self = std::make_shared<const Ancestor>(Ancestor{st.st_dev, st.st_ino, job.self});
-                subs.push_back({dir, name, m_mountsIn.empty() ? std::string() : childPath(job.path, name),
-                                std::move(self), job.root, false});
+        dirForEachEntry(fd, buffer, [&](const char* name, unsigned char) {
+            if (mountsHere)
+                if (auto m = mountsHere->find(name); m != mountsHere->end() && m->second != dev)
+                    return;
+            struct stat st;
+            if (lstatAt(fd, name, &st) != 0)
+                return;
+            if (!S_ISDIR(st.st_mode)) {
+                sum += int64_t(st.st_size);
+                return;
             }
-        }
+            if (st.st_dev != dev || walkGateOnPath(job.self.get(), st.st_dev, st.st_ino))
+                return;
+            auto self = std::make_shared<const WalkAncestor>(WalkAncestor{st.st_dev, st.st_ino, job.self});
+            subs.push_back({dir, name, m_mountsIn.empty() ? std::string() : childPath(job.path, name), std::move(self),
+                            job.root, false});
+        });
         m_totals[job.root].fetch_add(sum, std::memory_order_relaxed);
     }
 
