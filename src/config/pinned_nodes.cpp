@@ -8,8 +8,10 @@
 
 namespace {
 
-std::mutex g_hueLock;
-std::map<std::string, double> g_hues;
+// Never destroyed: favourites are read on background threads that quitting does not
+// wait for, so the registry must outlive the static destructors that run at exit.
+std::mutex& g_hueLock = *new std::mutex;
+std::map<std::string, double>& g_hues = *new std::map<std::string, double>;
 
 // The pseudo-node that heads a section of a view.
 DirNodePtr headerNode(const std::string& title, const std::string& path, double hue)
