@@ -28,6 +28,9 @@ public:
     // Waits until nothing is queued or running (tests, benchmarks).
     void waitForDone() { m_pool.waitForDone(); }
 
+private slots:
+    void drain(); // runs the continuations that have arrived
+
 private:
     struct Mailbox;
     std::shared_ptr<Mailbox> m_mailbox;
