@@ -1,20 +1,24 @@
-// GUI benchmark: opens a large folder in list and column view (offscreen) and prints the
-// time to the first drawn rows, the longest stall of the UI thread while loading, while
-// size notifications arrive and while leaving the folder again, and the peak memory.
+// GUI benchmark: opens a large folder in one view (offscreen) and prints the time to the
+// first drawn rows, the longest stall of the UI thread while the names load, while the
+// sizes and dates stream in, while scrolling from end to end and while leaving the
+// folder again, and the memory the open view costs.
 //
-//   gui_bench FOLDER          (bench/run passes the 100,000-entry folder that
-//                              ../shared/bench/make-tree DIR flat builds)
+//   gui_bench FOLDER list|columns
+//
+// One view per process, so that the peak memory is that of one open view. bench/run
+// runs it for the 100,000- and the 1,000,000-entry folders.
 
 #include "config/brondel_settings.h"
-#include "fs/scanner.h"
-#include "window/browser_frame.h"
 #include "sizes/info_notifier.h"
+#include "views/node_tree_model.h"
+#include "window/browser_frame.h"
 #include "window/scan_service.h"
 #include "window/theme_icons.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QScrollBar>
 #include <QTimer>
 
 #include <sys/resource.h>
@@ -22,6 +26,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 namespace {
@@ -44,10 +49,7 @@ public:
     qint64 longestMs() const { return m_longest; }
 
 private:
-    void tick()
-    {
-        m_longest = std::max(m_longest, m_clock.restart());
-    }
+    void tick() { m_longest = std::max(m_longest, m_clock.restart()); }
     QTimer m_timer;
     QElapsedTimer m_clock;
     qint64 m_longest = 0;
@@ -58,66 +60,46 @@ void spin(int milliseconds)
     QElapsedTimer t;
     t.start();
     while (t.elapsed() < milliseconds)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+}
+
+QAbstractItemView* itemView(BrondelWindow* pane)
+{
+    auto* self = qobject_cast<QAbstractItemView*>(pane->contentView());
+    return self ? self : pane->contentView()->findChild<QAbstractItemView*>();
+}
+
+// The view whose rows are the folder's: the first column in column mode.
+QAbstractItemView* rowsView(BrondelWindow* pane)
+{
+    QAbstractItemView* view = itemView(pane);
+    if (!view)
+        return nullptr;
+    const auto lists = view->findChildren<QAbstractItemView*>();
+    return lists.isEmpty() ? view : lists.first();
 }
 
 bool hasRows(BrondelWindow* pane)
 {
-    auto* view = pane->contentView()->findChild<QAbstractItemView*>();
-    auto* self = qobject_cast<QAbstractItemView*>(pane->contentView());
-    QAbstractItemView* v = self ? self : view;
+    QAbstractItemView* v = itemView(pane);
     return v && v->model() && v->model()->rowCount(v->rootIndex()) > 0;
 }
 
-void run(const char* label, ViewMode mode, const std::string& folder, BrowserContext& context, Heartbeat& beat)
+double residentMb()
 {
-    auto root = DirNode::make();
-    root->path = "/tmp";
-    root->name = "tmp";
-    root->isDir = true;
-    BrowserFrame frame(root, RootKind::Folder, context);
-    frame.setAttribute(Qt::WA_DeleteOnClose, false);
-    frame.resize(1000, 650);
-    frame.show();
-    BrondelWindow* pane = frame.activePane();
-    pane->rebuildMode(mode);
-    spin(200);
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::stod(line.substr(6)) / 1024.0;
+    return 0;
+}
 
-    beat.reset();
-    QElapsedTimer clock;
-    clock.start();
-    pane->navigateLocal(folder);
-    // Waits for events rather than spinning: the reads need both cores.
-    while (pane->scanPendingGen() || !hasRows(pane))
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    frame.repaint(); // the first rows drawn
-    const qint64 firstRows = clock.elapsed();
-    spin(300);
-    const qint64 loadStall = beat.longestMs();
-
-    // Sizes arriving: the notification as the size cache posts it (at most every 0.3 s).
-    beat.reset();
-    qint64 longestPost = 0;
-    for (int i = 0; i < 10; ++i) {
-        QElapsedTimer post;
-        post.start();
-        emit InfoNotifier::instance().brondelInfoChanged();
-        longestPost = std::max(longestPost, post.elapsed());
-        spin(300);
-    }
-    std::printf("(longest infoChanged handling %lld ms)\n", (long long)longestPost);
-    const qint64 sizeStall = beat.longestMs();
-
-    // Leaving the folder: its rows and nodes go.
-    beat.reset();
-    pane->navigateLocal("/tmp");
-    while (pane->scanPendingGen())
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    spin(300);
-    const qint64 leaveStall = beat.longestMs();
-
-    std::printf("%-8s first rows %5lld ms   longest stall loading %4lld ms   while sizes arrive %4lld ms   leaving %4lld ms\n",
-        label, (long long)firstRows, (long long)loadStall, (long long)sizeStall, (long long)leaveStall);
+double peakMb()
+{
+    struct rusage usage {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024.0;
 }
 
 } // namespace
@@ -126,11 +108,12 @@ int main(int argc, char** argv)
 {
     if (!std::getenv("QT_QPA_PLATFORM"))
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    if (argc < 2) {
-        std::printf("usage: gui_bench FOLDER\n");
+    if (argc < 3) {
+        std::printf("usage: gui_bench FOLDER list|columns\n");
         return 2;
     }
     const std::string folder = argv[1];
+    const bool columns = std::string(argv[2]) == "columns";
     QApplication app(argc, argv);
     iconsInstallTheme();
 
@@ -143,19 +126,75 @@ int main(int argc, char** argv)
     context.pinnedNodes = [] { return std::vector<DirNodePtr>(); };
     context.recentsNote = [](const std::string&) {};
 
-    {
-        QElapsedTimer scan;
-        scan.start();
-        DirNodePtr node = Scanner(settings).scan(folder, 1);
-        std::printf("scan alone %lld ms (%zu entries)\n", (long long)scan.elapsed(), node->children.size());
-    }
+    auto root = DirNode::make();
+    root->path = "/tmp";
+    root->name = "tmp";
+    root->isDir = true;
+    BrowserFrame frame(root, RootKind::Folder, context);
+    frame.setAttribute(Qt::WA_DeleteOnClose, false);
+    frame.resize(1000, 650);
+    frame.show();
+    BrondelWindow* pane = frame.activePane();
+    pane->rebuildMode(columns ? ViewMode::Column : ViewMode::List);
+    spin(300);
+    const double baseline = residentMb();
     Heartbeat beat;
-    std::printf("folder %s\n", folder.c_str());
-    run("list", ViewMode::List, folder, context, beat);
-    run("columns", ViewMode::Column, folder, context, beat);
 
-    struct rusage usage {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    std::printf("peak memory %.1f MB\n", usage.ru_maxrss / 1024.0);
+    beat.reset();
+    QElapsedTimer clock;
+    clock.start();
+    pane->navigateLocal(folder);
+    while (pane->scanPendingGen() || !hasRows(pane))
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    frame.repaint(); // the first rows drawn
+    const qint64 firstRows = clock.elapsed();
+    spin(100);
+    const qint64 loadStall = beat.longestMs();
+    QAbstractItemView* view = itemView(pane);
+    const int entries = view->model()->rowCount(view->rootIndex());
+
+    // Sizes and dates stream in (the visible rows first), and folder sizes are announced
+    // as the size cache posts them.
+    beat.reset();
+    auto* model = qobject_cast<NodeTreeModel*>(view->model());
+    QElapsedTimer meta;
+    meta.start();
+    int posts = 0;
+    while (model && model->metaPending() && meta.elapsed() < 120000) {
+        spin(300);
+        emit InfoNotifier::instance().brondelInfoChanged();
+        ++posts;
+    }
+    const qint64 metaMs = meta.elapsed();
+    spin(200);
+    const qint64 metaStall = beat.longestMs();
+
+    // Scrolling from the first row to the last in 40 steps, each drawn.
+    beat.reset();
+    QAbstractItemView* rows = rowsView(pane);
+    QScrollBar* bar = rows->verticalScrollBar();
+    for (int step = 0; step <= 40; ++step) {
+        bar->setValue(bar->minimum() + int(int64_t(bar->maximum() - bar->minimum()) * step / 40));
+        rows->viewport()->repaint();
+        spin(20);
+    }
+    const qint64 scrollStall = beat.longestMs();
+    const double peakOpen = peakMb();
+
+    // Leaving the folder: its rows and records go.
+    beat.reset();
+    pane->navigateLocal("/tmp");
+    while (pane->scanPendingGen())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    spin(300);
+    const qint64 leaveStall = beat.longestMs();
+
+    std::printf("  %-7s %8d entries: first rows %5lld ms; longest stall: loading %3lld ms, while sizes and dates "
+                "stream in %3lld ms (all in after %lld ms), scrolling end to end %3lld ms, leaving %3lld ms\n",
+        columns ? "columns" : "list", entries, (long long)firstRows, (long long)loadStall, (long long)metaStall,
+        (long long)metaMs, (long long)scrollStall, (long long)leaveStall);
+    std::printf("  %-7s peak %.1f MB (%.1f MB before the folder opened): %.0f bytes per entry\n", "", peakOpen,
+        baseline, entries ? (peakOpen - baseline) * 1024 * 1024 / entries : 0.0);
+    std::fflush(stdout);
     return 0;
 }

@@ -4,10 +4,10 @@
 #include <string_view>
 #include <vector>
 
-void cliKeepUntilExit(DirNodePtr tree)
+void cliKeepUntilExit(std::shared_ptr<const void> tree)
 {
     // Deliberately never destroyed (a function-local static would be freed at exit).
-    static auto* kept = new std::vector<DirNodePtr>();
+    static auto* kept = new std::vector<std::shared_ptr<const void>>();
     kept->push_back(std::move(tree));
 }
 

@@ -26,27 +26,44 @@ int CLISearch::run(const Args& args, CliOut& out)
     } else {
         scanner.setSearchFilter(&filter); // keep only what is printed
     }
-    DirNodePtr root = scanner.scan(expandTilde(typedPath), kSearchDepth);
-    cliKeepUntilExit(root);
-    std::vector<DirNodePtr> matches;
-    filterWalk(root, filter, matches);
-    if (matches.empty()) {
-        out.line("No matches for '" + query + "' in " + typedPath);
-        return 0;
-    }
+    NodeStorePtr store = scanner.scanStore(expandTilde(typedPath), kSearchDepth);
+    cliKeepUntilExit(store);
+    // Pre-order, root first, the path built up in one buffer as the walk goes down.
+    size_t matches = 0;
+    std::string path = store->rootPath();
     std::string line;
-    for (const auto& node : matches) {
+    auto print = [&](const NodeRecord& record) {
+        ++matches;
         line.clear();
-        line += node->isDir ? "dir " : "file";
+        line += record.isDir() ? "dir " : "file";
         line += "  ";
-        std::string size = fmtHuman(node->size);
+        std::string size = fmtHuman(nodeMeta(record) & kMetaKnown ? record.size : 0);
         if (size.size() > kSizeColumn)
             size.resize(kSizeColumn);
         fmtAppendPadded(line, size, kSizeColumn);
         line += "  ";
-        line += node->path;
+        line += path;
         out.line(line);
+    };
+    auto walk = [&](const NodeRecord& record, auto& self) -> void {
+        if (filter.matches(record.nameView()))
+            print(record);
+        const size_t base = path.size();
+        const bool slash = record.parent || store->rootPath() != "/";
+        for (uint32_t i = 0; i < record.childCount; ++i) {
+            const NodeRecord& child = record.children[i];
+            if (slash)
+                path.push_back('/');
+            path.append(child.name, child.nameLength);
+            self(child, self);
+            path.resize(base);
+        }
+    };
+    walk(store->root(), walk);
+    if (!matches) {
+        out.line("No matches for '" + query + "' in " + typedPath);
+        return 0;
     }
-    out.line("\n" + std::to_string(matches.size()) + " match(es)");
+    out.line("\n" + std::to_string(matches) + " match(es)");
     return 0;
 }

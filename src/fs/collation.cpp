@@ -1,5 +1,7 @@
 #include "fs/collation.h"
 
+#include "fs/utf8.h"
+
 #include <unicode/ucol.h>
 #include <unicode/ustring.h>
 
@@ -57,14 +59,6 @@ const UChar* toUtf16(std::string_view utf8, std::vector<UChar>& buf, int32_t& le
     if (U_FAILURE(status))
         length = 0;
     return buf.data();
-}
-
-bool isAscii(std::string_view s)
-{
-    for (unsigned char c : s)
-        if (c >= 0x80)
-            return false;
-    return true;
 }
 
 bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
@@ -152,7 +146,12 @@ int NameCollator::compareAscii(std::string_view a, std::string_view b) const
 std::string NameCollator::asciiKey(std::string_view name) const
 {
     std::string key;
-    key.reserve(name.size() + 4);
+    appendAsciiKey(name, key);
+    return key;
+}
+
+void NameCollator::appendAsciiKey(std::string_view name, std::string& key) const
+{
     const size_t n = name.size();
     for (size_t i = 0; i < n;) {
         unsigned char c = name[i];
@@ -173,7 +172,6 @@ std::string NameCollator::asciiKey(std::string_view name) const
             key.push_back(char(m_rank[c]));
         ++i;
     }
-    return key;
 }
 
 std::string NameCollator::localeId()
@@ -204,7 +202,7 @@ const NameCollator& NameCollator::forThread()
 
 int NameCollator::compare(std::string_view a, std::string_view b) const
 {
-    if (m_asciiFast && isAscii(a) && isAscii(b))
+    if (m_asciiFast && asciiOnly(a) && asciiOnly(b))
         return compareAscii(a, b);
     UErrorCode status = U_ZERO_ERROR;
     UCollationResult r = ucol_strcollUTF8(m_collator, a.data(), int32_t(a.size()), b.data(), int32_t(b.size()), &status);
@@ -213,15 +211,24 @@ int NameCollator::compare(std::string_view a, std::string_view b) const
 
 std::string NameCollator::sortKey(std::string_view name) const
 {
+    std::string key;
+    appendSortKey(name, key);
+    return key;
+}
+
+void NameCollator::appendSortKey(std::string_view name, std::string& key) const
+{
     thread_local std::vector<UChar> buf;
     int32_t length = 0;
     const UChar* text = toUtf16(name, buf, length);
-    std::string key(size_t(length) * 2 + 16, '\0');
-    int32_t need = ucol_getSortKey(m_collator, text, length, reinterpret_cast<uint8_t*>(key.data()), int32_t(key.size()));
-    if (need > int32_t(key.size())) {
-        key.resize(size_t(need));
-        need = ucol_getSortKey(m_collator, text, length, reinterpret_cast<uint8_t*>(key.data()), int32_t(key.size()));
+    const size_t base = key.size();
+    key.resize(base + size_t(length) * 2 + 16);
+    auto* at = reinterpret_cast<uint8_t*>(key.data() + base);
+    int32_t need = ucol_getSortKey(m_collator, text, length, at, int32_t(key.size() - base));
+    if (need > int32_t(key.size() - base)) {
+        key.resize(base + size_t(need));
+        at = reinterpret_cast<uint8_t*>(key.data() + base);
+        need = ucol_getSortKey(m_collator, text, length, at, int32_t(key.size() - base));
     }
-    key.resize(need > 0 ? size_t(need) - 1 : 0); // drop the terminating zero byte
-    return key;
+    key.resize(base + (need > 0 ? size_t(need) - 1 : 0)); // drop the terminating zero byte
 }

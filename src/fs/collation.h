@@ -19,6 +19,8 @@ public:
 
     // A byte string whose plain byte order is the collation order.
     std::string sortKey(std::string_view name) const;
+    // The same appended to `key` (no allocation once `key` has room).
+    void appendSortKey(std::string_view name, std::string& key) const;
 
     // The ICU locale id in use ("" is the root locale).
     static std::string localeId();
@@ -34,6 +36,7 @@ public:
     // rank byte per character, and for a run of digits the rank of "0", the run's
     // length without leading zeros (two bytes) and its digits.
     std::string asciiKey(std::string_view name) const;
+    void appendAsciiKey(std::string_view name, std::string& key) const;
 
     ~NameCollator();
     NameCollator(const NameCollator&) = delete;

@@ -11,6 +11,7 @@
 
 struct DirNode;
 using DirNodePtr = std::shared_ptr<DirNode>;
+class NodeStore; // node_store.h
 
 struct DirNode {
     std::string name;
@@ -20,6 +21,9 @@ struct DirNode {
     std::optional<int64_t> dateModified; // whole seconds since 1970
     std::string kind;
     std::vector<DirNodePtr> children;
+    // A folder read for a window holds its entries in the compact store instead (the
+    // store's root record is this folder): `children` then stays empty.
+    std::shared_ptr<NodeStore> store;
     bool childrenLoaded = false;
     // Why the folder's entries could not be read, or read only in part: the errno of
     // opening or reading it (EACCES, ENOENT, EIO, ...; ETIMEDOUT for a drive that does not answer); 0 when
@@ -30,4 +34,7 @@ struct DirNode {
     bool isPinned = false;
 
     static DirNodePtr make() { return std::make_shared<DirNode>(); }
+
+    // Whether the folder has entries, in either form.
+    bool hasEntries() const;
 };

@@ -10,9 +10,8 @@
 #include "fs/walk_gate.h"
 #include "fs/work_stack.h"
 
-#include <unicode/ustring.h>
-
 #include <algorithm>
+#include <cstring>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -22,59 +21,6 @@
 #include <thread>
 
 namespace {
-
-bool isAscii(std::string_view s)
-{
-    for (unsigned char c : s)
-        if (c >= 0x80)
-            return false;
-    return true;
-}
-
-std::string asciiUpper(std::string_view s)
-{
-    std::string out(s);
-    for (char& c : out)
-        if (c >= 'a' && c <= 'z')
-            c = char(c - 'a' + 'A');
-    return out;
-}
-
-// Full Unicode case mapping (root locale) of valid UTF-8. Names are short: the work is
-// done in stack buffers, with the heap only for very long texts.
-std::string icuCase(std::string_view s, bool upper)
-{
-    constexpr size_t kStack = 512;
-    UChar inStack[kStack], outStack[kStack * 3];
-    std::vector<UChar> inHeap, outHeap;
-    UChar* in = inStack;
-    UChar* out = outStack;
-    size_t outCap = kStack * 3;
-    if (s.size() + 1 > kStack) {
-        inHeap.resize(s.size() + 1);
-        outHeap.resize(s.size() * 3 + 8);
-        in = inHeap.data();
-        out = outHeap.data();
-        outCap = outHeap.size();
-    }
-    int32_t inLen = 0, outLen = 0, len8 = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(in, int32_t(s.size() + 1), &inLen, s.data(), int32_t(s.size()), &status);
-    if (U_FAILURE(status))
-        return std::string(s);
-    status = U_ZERO_ERROR;
-    outLen = upper ? u_strToUpper(out, int32_t(outCap), in, inLen, "", &status)
-                   : u_strToLower(out, int32_t(outCap), in, inLen, "", &status);
-    if (U_FAILURE(status))
-        return std::string(s);
-    std::string result(size_t(outLen) * 3 + 1, '\0');
-    status = U_ZERO_ERROR;
-    u_strToUTF8(result.data(), int32_t(result.size()), &len8, out, outLen, &status);
-    if (U_FAILURE(status))
-        return std::string(s);
-    result.resize(size_t(len8));
-    return result;
-}
 
 // Folders with at least this many entries have their entries' status read on two
 // threads (a thread costs far less than a few thousand status queries).
@@ -91,7 +37,7 @@ constexpr size_t kDirentBuffer = 64 * 1024;
 
 // A folder still to be read.
 struct Job {
-    DirNode* node = nullptr;
+    NodeRecord* record = nullptr;
     int64_t remaining = 0;
     std::shared_ptr<DirFd> base; // an open folder above it (the working directory for the root)
     std::string fromBase;        // its path relative to `base`
@@ -117,25 +63,46 @@ int statAt(int dirfd, const char* name, struct stat* st, int flags)
     return rc;
 }
 
+// One entry of a folder being read: its name (in the folder's packed name buffer), what
+// the directory entry said, and what its status query told.
+struct Entry {
+    uint32_t nameAt = 0;
+    uint16_t nameLength = 0;
+    unsigned char type = DT_UNKNOWN;
+    uint8_t keep = 0;    // listed
+    uint8_t dir = 0;     // a folder, or a link to one
+    uint8_t meta = 0;    // NodeMeta once asked
+    int64_t size = 0;
+    int64_t date = 0;
+    dev_t device = 0;
+    ino_t inode = 0;
+};
+
 // The state one scan shares between its threads.
 class ScanRun {
 public:
-    ScanRun(const BrondelSettings& settings, int threads, const NameFilter* searchFilter)
-        : m_settings(settings)
+    ScanRun(NodeStore& store, const BrondelSettings& settings, int threads, const NameFilter* searchFilter,
+        ScanMeta meta)
+        : m_store(store)
+        , m_settings(settings)
         , m_threads(threads)
         , m_searchFilter(searchFilter)
-        // Sorting by date or size needs every status; folders-first needs to know folders.
-        , m_statusForAll(settings.sortBy == "date" || settings.sortBy == "size")
+        // Sorting by date or size needs every status (unless names come first and the
+        // order is made again once the status is in); folders-first needs to know folders.
+        , m_statusForAll(meta == ScanMeta::Full && (settings.sortBy == "date" || settings.sortBy == "size"))
+        , m_namesFirst(meta == ScanMeta::NamesFirst)
     {
     }
 
-    void run(DirNode& root, int64_t depth)
+    void run(int64_t depth)
     {
-        Job first{&root, depth, std::make_shared<DirFd>(AT_FDCWD), root.path, kLevelsPerBase, nullptr};
+        NodeRecord& root = m_store.root();
+        const std::string& rootPath = m_store.rootPath();
+        Job first{&root, depth, std::make_shared<DirFd>(AT_FDCWD), rootPath, kLevelsPerBase, nullptr};
         if (depth >= 2) {
             // Only a walk that goes down needs to know where it started and what is mounted.
             struct stat st;
-            if (statAt(AT_FDCWD, root.path.c_str(), &st, 0) == 0) {
+            if (statAt(AT_FDCWD, rootPath.c_str(), &st, 0) == 0) {
                 first.self = std::make_shared<const WalkAncestor>(WalkAncestor{st.st_dev, st.st_ino, nullptr});
                 m_gate.emplace(mountTableRead(), st.st_dev);
             }
@@ -160,84 +127,62 @@ private:
             readTree(sub);
     }
 
-    struct Entry {
-        std::string name;
-        unsigned char type;
-    };
-
     // The folder's entries in directory order, without "." and ".." (and hidden ones
-    // unless they are shown). A read error is noted on the node; what came before stays.
-    std::vector<Entry> readEntries(int fd, DirNode& node) const
+    // unless they are shown), their names packed into `names`. A read error is noted on
+    // the record; what came before stays.
+    std::vector<Entry> readEntries(int fd, NodeRecord& record, std::string& names) const
     {
         thread_local std::vector<char> buffer(kDirentBuffer);
         std::vector<Entry> entries;
-        node.readError = dirForEachEntry(fd, buffer, [&](const char* name, unsigned char type) {
-            if (name[0] != '.' || m_settings.showHidden)
-                entries.push_back({name, type});
+        const int error = dirForEachEntry(fd, buffer, [&](const char* name, unsigned char type) {
+            if (name[0] == '.' && !m_settings.showHidden)
+                return;
+            const size_t length = std::strlen(name);
+            Entry entry;
+            entry.nameAt = uint32_t(names.size());
+            entry.nameLength = uint16_t(length);
+            entry.type = type;
+            names.append(name, length + 1);
+            entries.push_back(entry);
         });
+        record.readError = uint16_t(error);
         return entries;
     }
 
-    // What a status query told about one entry.
-    struct Status {
-        DirNodePtr node; // null: the entry is left out
-        dev_t device = 0;
-        ino_t inode = 0;
-        bool known = false; // whether device and inode were read
-    };
-
-    // Reads one folder into node.children; appends its subfolders still to be read.
+    // Reads one folder into the record's children; appends its subfolders still to be read.
     void readFolder(Job& job, std::vector<Job>& subs)
     {
-        DirNode& parent = *job.node;
+        NodeRecord& parent = *job.record;
+        const std::string path = m_store.path(parent);
         // Held here until the subfolders that open through the same base have it.
         const std::shared_ptr<DirFd> base = std::move(job.base);
         // The first folder may lie on a drive that no longer answers: it is asked through
         // the watchdog and, when stuck, left unread. Folders below it are reached through
         // the gate, which knows the stuck devices, and their dead mount points (below).
         if (!job.self || !job.self->up)
-            if (mountWatchdogCheck(parent.path) != MountState::Responding) {
+            if (mountWatchdogCheck(path) != MountState::Responding) {
                 parent.readError = ETIMEDOUT;
                 return;
             }
         const int fd = openDirAt(base->fd(), job.fromBase.c_str());
         if (fd < 0) {
-            parent.readError = errno;
+            parent.readError = uint16_t(errno);
             return;
         }
-        const std::vector<Entry> entries = readEntries(fd, parent);
-        const bool atRoot = parent.path == "/";
+        parent.flags |= kNodeLoaded;
+        std::string names;
+        std::vector<Entry> entries = readEntries(fd, parent, names);
         const bool deeper = job.remaining >= 2;
-        // Builds the nodes of entries [from, to) into slots of the same index; a slot
-        // stays empty for an entry the search leaves out or that has vanished.
-        std::vector<Status> slots(entries.size());
         // Mount points of dead drives in this folder get no status query (it would hang):
         // they are listed as folders and left unread.
-        const std::vector<std::string> stuck = mountWatchdogStuckEntries(parent.path);
+        const std::vector<std::string> stuck = mountWatchdogStuckEntries(path);
         auto build = [&](size_t from, size_t to) {
-            for (size_t i = from; i < to; ++i) {
-                const Entry& e = entries[i];
-                const bool wanted = !m_searchFilter || m_searchFilter->matches(e.name);
-                if (!stuck.empty() && std::find(stuck.begin(), stuck.end(), e.name) != stuck.end()) {
-                    if (wanted)
-                        slots[i] = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name,
-                                            DT_DIR, StatusQuery::Skip);
-                    continue;
-                }
-                if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
-                    continue; // a file the search will never print
-                // A folder to go down into needs its device and inode.
-                const bool needStatus = wanted || m_statusForAll || e.type == DT_LNK || e.type == DT_UNKNOWN
-                    || (deeper && e.type == DT_DIR);
-                Status status = makeNode(fd, e.name.c_str(), atRoot ? "/" + e.name : parent.path + "/" + e.name,
-                                         e.type, needStatus ? StatusQuery::Ask : StatusQuery::Skip);
-                if (status.node && (wanted || status.node->isDir))
-                    slots[i] = std::move(status); // else a link or unknown entry that is no folder
-            }
+            for (size_t i = from; i < to; ++i)
+                examine(fd, entries[i], names.data() + entries[i].nameAt, deeper, stuck);
         };
-        // A large folder's status queries are shared with a second thread; the slots
-        // keep the directory's order, so the result does not depend on the split.
-        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom) {
+        // A large folder's status queries are shared with a second thread; each entry is
+        // examined in place, so the result does not depend on the split.
+        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst) {
             const size_t half = entries.size() / 2;
             std::thread helper(build, half, entries.size());
             build(0, half);
@@ -245,88 +190,134 @@ private:
         } else {
             build(0, entries.size());
         }
+        std::erase_if(entries, [](const Entry& e) { return !e.keep; });
+        const std::vector<uint32_t> order = sortOrder(columnsOf(entries, names, path), sortPlaceOf(path), m_settings);
+
+        // The kept entries, in display order, become the folder's run of records.
+        std::string packed;
+        packed.reserve(names.size());
+        for (uint32_t i : order)
+            packed.append(names, entries[i].nameAt, size_t(entries[i].nameLength) + 1);
+        const char* arena = entries.empty() ? nullptr : m_store.addNames(packed);
+        NodeRecord* children = m_store.allocate(entries.size());
         std::shared_ptr<DirFd> own; // this folder's descriptor, once a subfolder opens through it
-        std::vector<DirNodePtr> children;
-        children.reserve(slots.size());
-        for (size_t i = 0; i < slots.size(); ++i) {
-            Status& status = slots[i];
-            if (!status.node)
-                continue;
-            DirNode& node = *status.node;
-            node.childrenLoaded = !node.isDir;
-            if (node.isDir && deeper && mayEnter(status, entries[i].type, job.self.get())) {
-                node.childrenLoaded = true;
-                Job sub{&node, job.remaining - 1, nullptr, {}, 1,
-                        std::make_shared<const WalkAncestor>(WalkAncestor{status.device, status.inode, job.self})};
-                const std::string& name = entries[i].name;
-                if (job.levels < kLevelsPerBase && job.fromBase.size() + 1 + name.size() < kRelativePathLimit) {
-                    sub.base = base;
-                    sub.fromBase = job.fromBase + "/" + name;
-                    sub.levels = job.levels + 1;
-                } else {
-                    if (!own)
-                        own = std::make_shared<DirFd>(fd);
-                    sub.base = own;
-                    sub.fromBase = name;
-                }
-                subs.push_back(std::move(sub));
+        size_t at = 0;
+        for (size_t slot = 0; slot < order.size(); ++slot) {
+            const Entry& e = entries[order[slot]];
+            NodeRecord& child = children[slot];
+            child.name = arena + at;
+            child.nameLength = e.nameLength;
+            at += size_t(e.nameLength) + 1;
+            child.parent = &parent;
+            const bool link = e.type == DT_LNK;
+            child.flags = uint8_t((e.dir ? kNodeDir : 0) | (link ? kNodeAlias : 0) | (e.dir ? 0 : kNodeLoaded));
+            child.kind = kindOfEntry(child.nameView(), link ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
+            child.meta = e.meta;
+            child.size = e.size;
+            child.date = e.date;
+            if (e.dir && deeper && mayEnter(e, job.self.get())) {
+                child.flags |= kNodeLoaded; // its read is on its way
+                subs.push_back(subJob(job, child, e, names.data() + e.nameAt, base, fd, own));
             }
-            children.push_back(std::move(status.node));
         }
         if (!own)
             sysClose(fd);
-        parent.children = sortNodes(std::move(children), sortPlaceOf(parent.path), m_settings);
-        parent.childrenLoaded = true;
+        parent.children = children;
+        parent.childCount = uint32_t(entries.size());
     }
 
-    bool mayEnter(const Status& status, unsigned char dType, const WalkAncestor* path) const
+    // Asks for the entry's status where needed and decides whether it is listed.
+    void examine(int fd, Entry& e, const char* name, bool deeper, const std::vector<std::string>& stuck) const
     {
-        if (!status.known || !m_gate)
-            return false; // where it lives is unknown: it stays unread, as at the depth limit
-        return m_gate->mayEnter(status.device, status.inode, dType == DT_LNK ? WalkStep::Link : WalkStep::Folder,
-                                path);
-    }
-
-    enum class StatusQuery { Ask, Skip };
-
-    static Status makeNode(int dirfd, const char* name, std::string path, unsigned char dType, StatusQuery query)
-    {
-        Status status;
-        struct stat st;
-        int rc = -1;
-        if (query == StatusQuery::Ask) {
-            rc = statAt(dirfd, name, &st, 0);
+        const bool wanted = !m_searchFilter || m_searchFilter->matches(std::string_view(name, e.nameLength));
+        if (!stuck.empty() && std::find(stuck.begin(), stuck.end(), std::string_view(name, e.nameLength)) != stuck.end()) {
+            e.keep = wanted;
+            e.type = DT_DIR;
+            e.dir = 1;
+            e.meta = kMetaKnown; // nothing more will be known
+            return;
+        }
+        if (!wanted && e.type != DT_DIR && e.type != DT_LNK && e.type != DT_UNKNOWN)
+            return; // a file the search will never print
+        // A folder to go down into needs its device and inode; a link or an unknown
+        // entry needs its status to tell whether it is a folder.
+        const bool unsure = e.type == DT_LNK || e.type == DT_UNKNOWN;
+        const bool ask = unsure || (deeper && e.type == DT_DIR) || (!m_namesFirst && (wanted || m_statusForAll));
+        e.dir = e.type == DT_DIR;
+        if (ask) {
+            struct stat st;
+            const int rc = statAt(fd, name, &st, 0);
             // Gone since the folder was read: left out. A link to nothing is still listed.
-            if (rc != 0 && errno == ENOENT && statAt(dirfd, name, &st, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
-                return status;
+            if (rc != 0 && errno == ENOENT && statAt(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
+                return;
+            if (rc == 0) {
+                e.dir = S_ISDIR(st.st_mode);
+                e.size = e.dir ? 0 : int64_t(st.st_size);
+                e.date = int64_t(st.st_mtim.tv_sec);
+                e.device = st.st_dev;
+                e.inode = st.st_ino;
+                e.meta = kMetaKnown | kMetaHasDate;
+            } else {
+                e.meta = kMetaKnown;
+            }
+        } else if (!m_namesFirst) {
+            e.meta = kMetaKnown; // the search needs no more of it
         }
-        auto node = DirNode::make();
-        node->name = name;
-        node->path = std::move(path);
-        const bool statOk = rc == 0;
-        node->isDir = statOk ? S_ISDIR(st.st_mode) : dType == DT_DIR;
-        node->size = statOk && !node->isDir ? int64_t(st.st_size) : 0;
-        if (statOk)
-            node->dateModified = int64_t(st.st_mtim.tv_sec);
-        if (dType == DT_LNK)
-            node->kind = "Alias";
-        else if (node->isDir)
-            node->kind = "Folder";
-        else
-            node->kind = nodeExtKind(node->name);
-        status.node = std::move(node);
-        if (statOk) {
-            status.device = st.st_dev;
-            status.inode = st.st_ino;
-            status.known = true;
-        }
-        return status;
+        e.keep = wanted || e.dir; // else a link or unknown entry that is no folder
     }
 
+    SortColumns columnsOf(const std::vector<Entry>& entries, const std::string& names, const std::string& path) const
+    {
+        const SortColumnsUsed used = sortColumnsUsed(sortPlaceOf(path), m_settings);
+        SortColumns columns;
+        columns.names.reserve(entries.size());
+        columns.dirs.reserve(entries.size());
+        for (const Entry& e : entries) {
+            columns.names.emplace_back(names.data() + e.nameAt, e.nameLength);
+            columns.dirs.push_back(e.dir);
+            if (used.sizes)
+                columns.sizes.push_back(e.size);
+            if (used.dates)
+                columns.dates.push_back(e.meta & kMetaHasDate ? e.date : SortColumns::kNoDate);
+            if (used.kinds)
+                columns.kinds.push_back(kindText(
+                    kindOfEntry(columns.names.back(), e.type == DT_LNK ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File)));
+        }
+        return columns;
+    }
+
+    static Job subJob(const Job& job, NodeRecord& child, const Entry& e, const char* name,
+        const std::shared_ptr<DirFd>& base, int fd, std::shared_ptr<DirFd>& own)
+    {
+        Job sub{&child, job.remaining - 1, nullptr, {}, 1,
+                std::make_shared<const WalkAncestor>(WalkAncestor{e.device, e.inode, job.self})};
+        const size_t length = e.nameLength;
+        if (job.levels < kLevelsPerBase && job.fromBase.size() + 1 + length < kRelativePathLimit) {
+            sub.base = base;
+            sub.fromBase = job.fromBase + "/" + name;
+            sub.levels = job.levels + 1;
+        } else {
+            if (!own)
+                own = std::make_shared<DirFd>(fd);
+            sub.base = own;
+            sub.fromBase = name;
+        }
+        return sub;
+    }
+
+    bool mayEnter(const Entry& e, const WalkAncestor* path) const
+    {
+        if (!(e.meta & kMetaHasDate) || !m_gate)
+            return false; // where it lives is unknown: it stays unread, as at the depth limit
+        return m_gate->mayEnter(e.device, e.inode, e.type == DT_LNK ? WalkStep::Link : WalkStep::Folder, path);
+    }
+
+    NodeStore& m_store;
     const BrondelSettings& m_settings;
     const int m_threads;
     const NameFilter* const m_searchFilter;
     const bool m_statusForAll;
+    const bool m_namesFirst;
     std::optional<WalkGate> m_gate; // set before the walk starts, for deep scans
 };
 
@@ -337,17 +328,18 @@ Scanner::Scanner(const BrondelSettings& settings)
 {
 }
 
+NodeStorePtr Scanner::scanStore(const std::string& path, int64_t depth, ScanMeta meta) const
+{
+    auto store = std::make_shared<NodeStore>(path);
+    if (depth >= 1)
+        ScanRun(*store, m_settings, m_threads, m_searchFilter, meta).run(depth);
+    return store;
+}
+
 DirNodePtr Scanner::scan(const std::string& path, int64_t depth) const
 {
-    auto root = DirNode::make();
-    std::string last = pathLastComponent(path);
-    root->name = last.empty() ? path : last;
-    root->path = path;
-    root->isDir = true;
-    if (depth < 1)
-        return root;
-    ScanRun(m_settings, m_threads, m_searchFilter).run(*root, depth);
-    return root;
+    NodeStorePtr store = scanStore(path, depth, ScanMeta::Full);
+    return nodeStoreToDirNode(*store, store->root());
 }
 
 void Scanner::loadChildren(DirNode& node) const
@@ -360,26 +352,16 @@ void Scanner::loadChildren(DirNode& node) const
     node.childrenLoaded = true;
 }
 
-std::string nodeExtKind(std::string_view name)
-{
-    size_t dot = name.rfind('.');
-    if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size())
-        return "Document";
-    std::string_view ext = name.substr(dot + 1);
-    std::string upper = isAscii(ext) ? asciiUpper(ext) : utf8Valid(ext) ? icuCase(ext, true) : asciiUpper(ext);
-    return upper + " file";
-}
-
 std::string filterLower(std::string_view text)
 {
-    if (isAscii(text) || !utf8Valid(text)) {
+    if (asciiOnly(text) || !utf8Valid(text)) {
         std::string out(text);
         for (char& c : out)
             if (c >= 'A' && c <= 'Z')
                 c = char(c - 'A' + 'a');
         return out;
     }
-    return icuCase(text, false);
+    return utf8CaseMapped(text, CaseMap::Lower);
 }
 
 NameFilter::NameFilter(std::string_view query)
@@ -389,7 +371,7 @@ NameFilter::NameFilter(std::string_view query)
 
 bool NameFilter::matches(std::string_view name) const
 {
-    if (isAscii(name)) {
+    if (asciiOnly(name)) {
         auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
         auto it = std::search(name.begin(), name.end(), m_lowerQuery.begin(), m_lowerQuery.end(),
                               [&](char a, char q) { return lower(a) == q; });

@@ -10,6 +10,8 @@
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
+#include "fs/kind_table.h"
+#include "fs/node_store.h"
 
 #include <cstdint>
 #include <string>
@@ -25,6 +27,8 @@ private:
     std::string m_lowerQuery;
 };
 
+enum class ScanMeta { Full, NamesFirst };
+
 class Scanner {
 public:
     // The settings decide hidden files and the sort; they are copied once.
@@ -37,7 +41,13 @@ public:
     // full scan; the folders kept this way carry size 0 and no date.
     void setSearchFilter(const NameFilter* filter) { m_searchFilter = filter; }
 
-    // The root for `path` (as given) with its children read `depth` levels deep.
+    // The tree for `path` (as given) with its children read `depth` levels deep, in the
+    // compact store. With ScanMeta::NamesFirst only entries whose status tells whether
+    // they are folders (links, unknown types) or that the walk goes into are asked:
+    // the rest wait for nodeMetaFill, and the order is by name until then.
+    NodeStorePtr scanStore(const std::string& path, int64_t depth, ScanMeta meta = ScanMeta::Full) const;
+
+    // The same tree as DirNodes (a copy of the store's).
     DirNodePtr scan(const std::string& path, int64_t depth) const;
 
     // Reads a directory node's children on demand (depth 1). Marks it loaded even when
@@ -53,8 +63,6 @@ private:
     const NameFilter* m_searchFilter = nullptr;
 };
 
-// "PDF file" for report.pdf, "GZ file" for archive.tar.gz, "Document" without extension.
-std::string nodeExtKind(std::string_view name);
 
 // Appends every node of the tree (pre-order, root first) whose name the filter matches.
 void filterWalk(const DirNodePtr& node, const NameFilter& filter, std::vector<DirNodePtr>& into);

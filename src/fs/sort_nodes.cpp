@@ -1,11 +1,14 @@
 #include "fs/sort_nodes.h"
 
 #include "fs/collation.h"
+#include "fs/utf8.h"
 
 #include <algorithm>
 #include <compare>
 #include <cstdint>
 #include <limits>
+#include <numeric>
+#include <thread>
 
 namespace {
 
@@ -22,46 +25,69 @@ Key keyOf(const std::string& sortBy)
     return Key::Name;
 }
 
-struct Entry {
-    DirNode* node;
-    std::string nameKey; // sort keys, only when the folder needs them
-    std::string kindKey;
-};
-
-bool isAscii(const std::string& s)
-{
-    for (unsigned char c : s)
-        if (c >= 0x80)
-            return false;
-    return true;
-}
-
 // How a folder's texts are compared: the ASCII table when every text is ASCII, ICU's
 // own comparison for small folders, precomputed sort keys for large ones (a key costs
 // about six comparisons, so it only pays off when each name is compared many times).
 enum class Collate { AsciiTable, Direct, Keys, AsciiKeys };
 constexpr size_t kKeysFrom = 64;
+// From this many texts the keys are computed on two threads.
+constexpr size_t kParallelKeysFrom = 16384;
 
-Collate collateFor(const std::vector<DirNodePtr>& nodes, const NameCollator& collator, std::string DirNode::*field)
+Collate collateFor(const std::vector<std::string_view>& texts, const NameCollator& collator)
 {
-    const bool large = nodes.size() >= kKeysFrom;
-    if (collator.hasAsciiFastPath()
-        && std::all_of(nodes.begin(), nodes.end(), [&](const DirNodePtr& n) { return isAscii((*n).*field); }))
+    const bool large = texts.size() >= kKeysFrom;
+    if (collator.hasAsciiFastPath() && std::all_of(texts.begin(), texts.end(), asciiOnly))
         return large ? Collate::AsciiKeys : Collate::AsciiTable;
     return large ? Collate::Keys : Collate::Direct;
 }
 
-std::string keyFor(Collate how, const NameCollator& collator, const std::string& text)
-{
-    if (how == Collate::Keys)
-        return collator.sortKey(text);
-    if (how == Collate::AsciiKeys)
-        return collator.asciiKey(text);
-    return {};
-}
+// The collation keys of a column of texts, packed in arenas (one per thread that made
+// them) and seen through views: no allocation per text.
+class KeyColumn {
+public:
+    KeyColumn(const std::vector<std::string_view>& texts, Collate how)
+    {
+        if (how != Collate::Keys && how != Collate::AsciiKeys)
+            return;
+        m_views.resize(texts.size());
+        const size_t n = texts.size();
+        auto make = [&](size_t part, size_t from, size_t to) {
+            const NameCollator& collator = NameCollator::forThread();
+            std::string& arena = m_arenas[part];
+            std::vector<uint32_t> ends(to - from);
+            arena.reserve((to - from) * 24);
+            for (size_t i = from; i < to; ++i) {
+                if (how == Collate::Keys)
+                    collator.appendSortKey(texts[i], arena);
+                else
+                    collator.appendAsciiKey(texts[i], arena);
+                ends[i - from] = uint32_t(arena.size());
+            }
+            uint32_t start = 0;
+            for (size_t i = from; i < to; ++i) {
+                m_views[i] = std::string_view(arena).substr(start, ends[i - from] - start);
+                start = ends[i - from];
+            }
+        };
+        if (n >= kParallelKeysFrom) {
+            const size_t half = n / 2;
+            std::thread helper(make, 1, half, n);
+            make(0, 0, half);
+            helper.join();
+        } else {
+            make(0, 0, n);
+        }
+    }
+    std::string_view operator[](size_t i) const { return m_views[i]; }
+    bool empty() const { return m_views.empty(); }
 
-int collate(Collate how, const NameCollator& collator, const std::string& a, const std::string& b,
-            const std::string& keyA, const std::string& keyB)
+private:
+    std::string m_arenas[2];
+    std::vector<std::string_view> m_views;
+};
+
+int collate(Collate how, const NameCollator& collator, std::string_view a, std::string_view b, std::string_view keyA,
+    std::string_view keyB)
 {
     switch (how) {
     case Collate::AsciiTable: return collator.compareAscii(a, b);
@@ -81,7 +107,7 @@ struct KeyPrefix {
     auto operator<=>(const KeyPrefix&) const = default;
 };
 
-KeyPrefix keyPrefix(const std::string& key)
+KeyPrefix keyPrefix(std::string_view key)
 {
     KeyPrefix p;
     for (size_t i = 0; i < 16; ++i) {
@@ -99,47 +125,52 @@ int cmp(const T& a, const T& b)
 
 } // namespace
 
-std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place, const BrondelSettings& settings)
+SortColumnsUsed sortColumnsUsed(SortPlace place, const BrondelSettings& settings)
 {
+    if (place == SortPlace::ComputerRoot)
+        return {true, false, false};
+    const Key key = keyOf(settings.sortBy);
+    return {key == Key::Size, key == Key::Date, key == Key::Kind};
+}
+
+std::vector<uint32_t> sortOrder(const SortColumns& columns, SortPlace place, const BrondelSettings& settings)
+{
+    const size_t n = columns.names.size();
+    std::vector<uint32_t> order(n);
+    std::iota(order.begin(), order.end(), 0u);
     if (place == SortPlace::ComputerRoot) {
-        std::stable_sort(nodes.begin(), nodes.end(),
-                         [](const DirNodePtr& a, const DirNodePtr& b) { return a->size > b->size; });
-        return nodes;
+        std::stable_sort(order.begin(), order.end(),
+            [&](uint32_t a, uint32_t b) { return columns.sizes[a] > columns.sizes[b]; });
+        return order;
     }
-    if (nodes.size() < 2)
-        return nodes;
+    if (n < 2)
+        return order;
 
     const Key key = keyOf(settings.sortBy);
     const bool ascending = settings.ascending;
     const bool foldersFirst = settings.foldersFirst;
     const NameCollator& collator = NameCollator::forThread();
-    const Collate byName = collateFor(nodes, collator, &DirNode::name);
-    const Collate byKind = key == Key::Kind ? collateFor(nodes, collator, &DirNode::kind) : Collate::AsciiTable;
+    const Collate byName = collateFor(columns.names, collator);
+    const Collate byKind = key == Key::Kind ? collateFor(columns.kinds, collator) : Collate::AsciiTable;
+    const KeyColumn nameKeys(columns.names, byName);
+    const KeyColumn kindKeys(key == Key::Kind ? columns.kinds : std::vector<std::string_view>(), byKind);
+    const bool nameKeyed = !nameKeys.empty();
+    const bool kindKeyed = !kindKeys.empty();
 
-    std::vector<Entry> entries(nodes.size());
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        entries[i].node = nodes[i].get();
-        entries[i].nameKey = keyFor(byName, collator, nodes[i]->name);
-        if (key == Key::Kind)
-            entries[i].kindKey = keyFor(byKind, collator, nodes[i]->kind);
-    }
-    auto nameOrder = [&](const Entry& a, const Entry& b) {
-        return collate(byName, collator, a.node->name, b.node->name, a.nameKey, b.nameKey);
+    auto nameOrder = [&](uint32_t a, uint32_t b) {
+        return nameKeyed ? nameKeys[a].compare(nameKeys[b])
+                         : collate(byName, collator, columns.names[a], columns.names[b], {}, {});
     };
-    constexpr int64_t kDistantPast = std::numeric_limits<int64_t>::min();
-    auto before = [&](const Entry& a, const Entry& b) {
-        if (foldersFirst && a.node->isDir != b.node->isDir)
-            return a.node->isDir;
+    auto before = [&](uint32_t a, uint32_t b) {
+        if (foldersFirst && columns.dirs[a] != columns.dirs[b])
+            return bool(columns.dirs[a]);
         int c = 0;
         switch (key) {
-        case Key::Date:
-            c = cmp(a.node->dateModified.value_or(kDistantPast), b.node->dateModified.value_or(kDistantPast));
-            break;
-        case Key::Size:
-            c = cmp(a.node->size, b.node->size);
-            break;
+        case Key::Date: c = cmp(columns.dates[a], columns.dates[b]); break;
+        case Key::Size: c = cmp(columns.sizes[a], columns.sizes[b]); break;
         case Key::Kind:
-            c = collate(byKind, collator, a.node->kind, b.node->kind, a.kindKey, b.kindKey);
+            c = kindKeyed ? kindKeys[a].compare(kindKeys[b])
+                          : collate(byKind, collator, columns.kinds[a], columns.kinds[b], {}, {});
             break;
         case Key::Name:
             c = nameOrder(a, b);
@@ -151,18 +182,18 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
             return nameOrder(a, b) < 0;
         return ascending ? c < 0 : c > 0;
     };
-    // The entries stay put; small items move instead. When names have byte keys, an item
-    // carries its key's first sixteen bytes, so most comparisons of a name sort never leave
-    // the item array (the folder's entries are in directory order, scattered in memory).
+    // Small items move instead of indexes alone. When names have byte keys, an item
+    // carries its key's first sixteen bytes, so most comparisons of a name sort never
+    // leave the item array.
     struct Item {
         KeyPrefix prefix;
         uint32_t index;
         bool dir;
     };
-    const bool prefixed = key == Key::Name && !entries.empty() && (byName == Collate::Keys || byName == Collate::AsciiKeys);
-    std::vector<Item> items(entries.size());
-    for (uint32_t i = 0; i < items.size(); ++i)
-        items[i] = {prefixed ? keyPrefix(entries[i].nameKey) : KeyPrefix{}, i, entries[i].node->isDir};
+    const bool prefixed = key == Key::Name && nameKeyed;
+    std::vector<Item> items(n);
+    for (uint32_t i = 0; i < n; ++i)
+        items[i] = {prefixed ? keyPrefix(nameKeys[i]) : KeyPrefix{}, i, bool(columns.dirs[i])};
     std::stable_sort(items.begin(), items.end(), [&](const Item& a, const Item& b) {
         if (prefixed) {
             if (foldersFirst && a.dir != b.dir)
@@ -170,11 +201,34 @@ std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place
             if (a.prefix != b.prefix)
                 return ascending ? a.prefix < b.prefix : a.prefix > b.prefix;
         }
-        return before(entries[a.index], entries[b.index]);
+        return before(a.index, b.index);
     });
+    for (size_t i = 0; i < n; ++i)
+        order[i] = items[i].index;
+    return order;
+}
+
+std::vector<DirNodePtr> sortNodes(std::vector<DirNodePtr> nodes, SortPlace place, const BrondelSettings& settings)
+{
+    if (place == SortPlace::Folder && nodes.size() < 2)
+        return nodes;
+    const SortColumnsUsed used = sortColumnsUsed(place, settings);
+    SortColumns columns;
+    columns.names.reserve(nodes.size());
+    columns.dirs.reserve(nodes.size());
+    for (const DirNodePtr& node : nodes) {
+        columns.names.push_back(node->name);
+        columns.dirs.push_back(node->isDir);
+        if (used.sizes)
+            columns.sizes.push_back(node->size);
+        if (used.dates)
+            columns.dates.push_back(node->dateModified.value_or(SortColumns::kNoDate));
+        if (used.kinds)
+            columns.kinds.push_back(node->kind);
+    }
     std::vector<DirNodePtr> out;
     out.reserve(nodes.size());
-    for (const Item& item : items)
-        out.push_back(std::move(nodes[item.index]));
+    for (uint32_t i : sortOrder(columns, place, settings))
+        out.push_back(std::move(nodes[i]));
     return out;
 }

@@ -1,5 +1,9 @@
 #include "fs/utf8.h"
 
+#include <unicode/ustring.h>
+
+#include <vector>
+
 size_t utf8Decode(std::string_view s, size_t i, uint32_t& cp)
 {
     const auto c = static_cast<unsigned char>(s[i]);
@@ -44,4 +48,48 @@ bool utf8Valid(std::string_view s)
         i += len;
     }
     return true;
+}
+
+bool asciiOnly(std::string_view s)
+{
+    for (unsigned char c : s)
+        if (c >= 0x80)
+            return false;
+    return true;
+}
+
+std::string utf8CaseMapped(std::string_view s, CaseMap map)
+{
+    // Names are short: the work is done in stack buffers, with the heap only for very
+    // long texts.
+    constexpr size_t kStack = 512;
+    UChar inStack[kStack], outStack[kStack * 3];
+    std::vector<UChar> inHeap, outHeap;
+    UChar* in = inStack;
+    UChar* out = outStack;
+    size_t outCap = kStack * 3;
+    if (s.size() + 1 > kStack) {
+        inHeap.resize(s.size() + 1);
+        outHeap.resize(s.size() * 3 + 8);
+        in = inHeap.data();
+        out = outHeap.data();
+        outCap = outHeap.size();
+    }
+    int32_t inLen = 0, outLen = 0, len8 = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(in, int32_t(s.size() + 1), &inLen, s.data(), int32_t(s.size()), &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    status = U_ZERO_ERROR;
+    outLen = map == CaseMap::Upper ? u_strToUpper(out, int32_t(outCap), in, inLen, "", &status)
+                                   : u_strToLower(out, int32_t(outCap), in, inLen, "", &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    std::string result(size_t(outLen) * 3 + 1, '\0');
+    status = U_ZERO_ERROR;
+    u_strToUTF8(result.data(), int32_t(result.size()), &len8, out, outLen, &status);
+    if (U_FAILURE(status))
+        return std::string(s);
+    result.resize(size_t(len8));
+    return result;
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 // The length in bytes of the well-formed character at `s[i]` (storing it in `cp`), or 0
@@ -13,3 +14,12 @@ size_t utf8Decode(std::string_view s, size_t i, uint32_t& cp);
 
 // Whether all of `s` is well-formed UTF-8.
 bool utf8Valid(std::string_view s);
+
+// Whether every byte of `s` is ASCII.
+bool asciiOnly(std::string_view s);
+
+enum class CaseMap { Upper, Lower };
+
+// Full Unicode case mapping (root locale) of valid UTF-8; anything else, or a text ICU
+// cannot map, comes back unchanged.
+std::string utf8CaseMapped(std::string_view s, CaseMap map);

@@ -61,16 +61,24 @@ void BackgroundWork::drain()
 
 void BackgroundWork::submit(QObject* context, Work work)
 {
+    submitStreaming(context, [work = std::move(work)](const Post& post) {
+        if (std::function<void()> then = work())
+            post(std::move(then));
+    });
+}
+
+void BackgroundWork::submitStreaming(QObject* context, std::function<void(const Post& post)> work)
+{
     // The guard is made and read on the main thread only; the worker merely carries it.
     const bool guarded = context != nullptr;
     QPointer<QObject> guard(context);
     m_pool.start([mailbox = m_mailbox, guarded, guard, work = std::move(work)] {
-        std::function<void()> then = work();
-        if (!then)
-            return;
-        mailbox->post([guarded, guard, then = std::move(then)] {
-            if (!guarded || guard)
-                then();
-        });
+        const Post post = [&mailbox, guarded, &guard](std::function<void()> then) {
+            mailbox->post([guarded, guard, then = std::move(then)] {
+                if (!guarded || guard)
+                    then();
+            });
+        };
+        work(post);
     });
 }

@@ -25,6 +25,11 @@ public:
     // destroyed by then (no context: the continuation always runs while this object lives).
     void submit(QObject* context, Work work);
 
+    // A task that hands the main thread several results as it goes: `post` delivers each
+    // to the main thread, under the same rule as a continuation.
+    using Post = std::function<void(std::function<void()>)>;
+    void submitStreaming(QObject* context, std::function<void(const Post& post)> work);
+
     // Waits until nothing is queued or running (tests, benchmarks).
     void waitForDone() { m_pool.waitForDone(); }
 

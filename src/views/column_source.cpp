@@ -1,6 +1,5 @@
 #include "views/column_source.h"
 
-#include "window/theme_icons.h"
 
 #include <QFile>
 
@@ -9,7 +8,7 @@ int ColumnSource::columnCount(const QModelIndex&) const
     return 1;
 }
 
-std::vector<DirNodePtr> ColumnSource::topRows() const
+std::vector<DirNodePtr> ColumnSource::topNodes() const
 {
     // The favourites appear only in the first column, flattened above the contents.
     std::vector<DirNodePtr> rows;
@@ -17,22 +16,15 @@ std::vector<DirNodePtr> ColumnSource::topRows() const
         rows.push_back(header);
         rows.insert(rows.end(), header->children.begin(), header->children.end());
     }
-    std::vector<DirNodePtr> own = childRows(*rootNode());
-    rows.insert(rows.end(), own.begin(), own.end());
     return rows;
 }
 
-bool ColumnSource::expandable(const DirNode& node) const
+QString ColumnSource::rowText(const Row& row) const
 {
-    return node.isDir;
-}
-
-QString ColumnSource::rowText(const DirNode& node) const
-{
-    QString name = QFile::decodeName(node.name.c_str());
-    if (node.isSectionHeader)
+    QString name = row.name();
+    if (row.isHeader())
         return name;
-    QString info = infoText(node);
+    QString info = infoText(row);
     if (info.isEmpty())
         return name;
     return name + QStringLiteral("  (") + info + QStringLiteral(")");
@@ -42,12 +34,12 @@ QVariant ColumnSource::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return {};
-    const DirNode& node = *itemAt(index)->node;
+    const Row row = rowAt(index);
     if (role == Qt::DisplayRole)
-        return rowText(node);
-    if (node.isSectionHeader)
-        return headerStyle(node, role);
+        return rowText(row);
+    if (row.isHeader())
+        return headerStyle(*row.node, role);
     if (role == Qt::DecorationRole)
-        return iconForNode(node);
+        return icon(row);
     return {};
 }

@@ -14,9 +14,9 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
 
     // A row's text: the name, then "  (" info ")" when the info line has something.
-    QString rowText(const DirNode& node) const;
+    QString rowText(const Row& row) const;
 
 protected:
-    std::vector<DirNodePtr> topRows() const override;
-    bool expandable(const DirNode& node) const override;
+    std::vector<DirNodePtr> topNodes() const override;
+    bool headersExpand() const override { return false; }
 };

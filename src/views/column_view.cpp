@@ -4,6 +4,7 @@
 
 #include <QContextMenuEvent>
 #include <QListView>
+#include <QScrollBar>
 #include <QMenu>
 
 BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, ContentHooks hooks, QWidget* parent)
@@ -18,6 +19,17 @@ BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, Cont
     connect(this, &QAbstractItemView::doubleClicked, this,
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });
     connect(&RowInfoCache::shared(), &RowInfoCache::changed, this, &BrondelBrowser::infoChanged);
+    connect(source, &NodeTreeModel::metaArrived, this, &BrondelBrowser::infoChanged);
+}
+
+void BrondelBrowser::noteVisible(QAbstractItemView* column)
+{
+    const QModelIndex top = column->indexAt(QPoint(1, 1));
+    if (!top.isValid())
+        return;
+    QModelIndex bottom = column->indexAt(QPoint(1, column->viewport()->height() - 2));
+    const int last = bottom.isValid() ? bottom.row() : m_source->rowCount(column->rootIndex()) - 1;
+    m_source->noteVisibleRows(column->rootIndex(), top.row(), last);
 }
 
 QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
@@ -32,6 +44,9 @@ QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
         if (auto menu = menuAt(column, pos))
             contentMenuPopup(std::move(menu), *column, column->viewport()->mapToGlobal(pos));
     });
+    // Whatever scrolls into sight has its sizes and dates read first.
+    connect(column->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, column] { noteVisible(column); });
+    connect(m_source, &QAbstractItemModel::rowsInserted, column, [this, column] { noteVisible(column); });
     // Return opens a folder in place of a double-click.
     connect(column, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         if (!index.isValid())

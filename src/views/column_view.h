@@ -23,6 +23,9 @@ public:
     // (that row selected in its column first) or the menu of empty space.
     std::unique_ptr<QMenu> menuAt(QAbstractItemView* column, QPoint pos);
 
+    // Tells the model which rows of `column` are on screen.
+    void noteVisible(QAbstractItemView* column);
+
 protected:
     QAbstractItemView* createColumn(const QModelIndex& rootIndex) override;
     void contextMenuEvent(QContextMenuEvent* event) override;

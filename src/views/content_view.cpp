@@ -154,7 +154,7 @@ QString contentReadErrorText(int error)
 QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<DirNodePtr> headers,
     const BrowserContext& context, const ContentHooks& hooks)
 {
-    if (root && root->readError != 0 && root->children.empty()) // what a partial read gave still shows
+    if (root && root->readError != 0 && !root->hasEntries()) // what a partial read gave still shows
         return readErrorView(root->readError);
     switch (mode) {
     case ViewMode::List:

@@ -41,7 +41,8 @@ ListSizeCell::ListSizeCell(const NodeTreeModel& model, const BrondelSettings& se
 
 void ListSizeCell::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    DirNodePtr node = m_model.nodeAt(index);
+    // Only a folder's cell can hold a bar (a drive's space): a file's is plain text.
+    DirNodePtr node = m_model.isFolder(index) ? m_model.nodeAt(index) : DirNodePtr();
     if (!node) {
         QStyledItemDelegate::paint(painter, option, index);
         return;

@@ -1,7 +1,6 @@
 #include "views/list_source.h"
 
 #include "fs/fmt.h"
-#include "window/theme_icons.h"
 
 #include <QFile>
 
@@ -10,51 +9,33 @@ int ListSource::columnCount(const QModelIndex&) const
     return ColumnCount;
 }
 
-std::vector<DirNodePtr> ListSource::shown(const DirNodePtr& node) const
-{
-    if (node == rootNode())
-        return topRows();
-    return childRows(*node);
-}
-
-std::vector<DirNodePtr> ListSource::topRows() const
-{
-    std::vector<DirNodePtr> rows = headers();
-    std::vector<DirNodePtr> own = childRows(*rootNode());
-    rows.insert(rows.end(), own.begin(), own.end());
-    return rows;
-}
-
-bool ListSource::expandable(const DirNode& node) const
-{
-    return node.isDir || node.isSectionHeader;
-}
-
 QVariant ListSource::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return {};
-    const DirNode& node = *itemAt(index)->node;
-    if (node.isSectionHeader) {
+    const Row row = rowAt(index);
+    if (row.isHeader()) {
         if (index.column() != Name)
             return {};
         if (role == Qt::DisplayRole)
-            return QFile::decodeName(node.name.c_str());
-        return headerStyle(node, role);
+            return row.name();
+        return headerStyle(*row.node, role);
     }
     if (role == Qt::DecorationRole && index.column() == Name)
-        return iconForNode(node);
+        return icon(row);
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
         return {};
     switch (index.column()) {
     case Name:
-        return QFile::decodeName(node.name.c_str());
-    case Date:
-        return node.dateModified ? QString::fromStdString(dateFmt(*node.dateModified)) : QString();
+        return row.name();
+    case Date: {
+        const std::optional<int64_t> date = row.date();
+        return date ? QString::fromStdString(dateFmt(*date)) : QString();
+    }
     case Size:
-        return infoText(node);
+        return infoText(row);
     case Kind:
-        return node.kind.empty() ? QStringLiteral("Folder") : QString::fromStdString(node.kind);
+        return row.kind();
     }
     return {};
 }
@@ -65,8 +46,9 @@ QVariant ListSource::headerData(int section, Qt::Orientation orientation, int ro
         return {};
     switch (section) {
     case Name: return QStringLiteral("Name");
-    case Date: return QStringLiteral("Date Modified");
-    case Size: return QStringLiteral("Size");
+    // The key the folder is sorted by says so while its values are still being read.
+    case Date: return sortPending() ? QStringLiteral("Date Modified \u2026") : QStringLiteral("Date Modified");
+    case Size: return sortPending() ? QStringLiteral("Size \u2026") : QStringLiteral("Size");
     case Kind: return QStringLiteral("Kind");
     }
     return {};

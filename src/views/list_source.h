@@ -15,11 +15,7 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    // The rows under a node, as shown: a header's entries as stored, a folder's
-    // children in the common order, and for the root the headers first.
-    std::vector<DirNodePtr> shown(const DirNodePtr& node) const;
-
 protected:
-    std::vector<DirNodePtr> topRows() const override;
-    bool expandable(const DirNode& node) const override;
+    std::vector<DirNodePtr> topNodes() const override { return headers(); }
+    bool headersExpand() const override { return true; }
 };

@@ -5,6 +5,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QMenu>
 
 BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext& context, ContentHooks hooks,
@@ -32,6 +33,34 @@ BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext&
     connect(this, &QAbstractItemView::activated, this,
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });
     connect(&RowInfoCache::shared(), &RowInfoCache::changed, this, &BrondelOutlineView::infoChanged);
+    // Sizes and dates of a names-first folder: the rows on screen are drawn again (no
+    // per-row notification: a million rows would be a million of them), and whatever
+    // scrolls into sight is read first.
+    connect(source, &NodeTreeModel::metaArrived, viewport(), qOverload<>(&QWidget::update));
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &BrondelOutlineView::noteVisible);
+    connect(source, &QAbstractItemModel::rowsInserted, this, &BrondelOutlineView::noteVisible);
+    connect(source, &QAbstractItemModel::layoutChanged, this, &BrondelOutlineView::noteVisible);
+}
+
+void BrondelOutlineView::noteVisible()
+{
+    // The rows on screen under each parent they belong to (the top level mostly; an
+    // expanded folder's rows when it fills the view).
+    const QModelIndexList rows = visibleRows();
+    for (qsizetype i = 0; i < rows.size();) {
+        const QModelIndex parent = rows[i].parent();
+        qsizetype j = i;
+        while (j + 1 < rows.size() && rows[j + 1].parent() == parent)
+            ++j;
+        m_source->noteVisibleRows(parent, rows[i].row(), rows[j].row());
+        i = j + 1;
+    }
+}
+
+void BrondelOutlineView::resizeEvent(QResizeEvent* event)
+{
+    QTreeView::resizeEvent(event);
+    noteVisible();
 }
 
 void BrondelOutlineView::spanHeaders(const QModelIndex& parent, int first, int last)

@@ -24,8 +24,12 @@ public:
     // menu (the row alone selected first) or the menu of empty space.
     std::unique_ptr<QMenu> menuAt(QPoint pos);
 
+    // Tells the model which rows are on screen (their sizes and dates are read first).
+    void noteVisible();
+
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void spanHeaders(const QModelIndex& parent, int first, int last);

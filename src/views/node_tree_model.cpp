@@ -1,14 +1,121 @@
 #include "views/node_tree_model.h"
 
 #include "fs/background_release.h"
+#include "fs/fmt.h"
 #include "fs/sort_nodes.h"
 #include "views/row_info_cache.h"
 #include "window/scan_service.h"
+#include "window/theme_icons.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QFont>
+#include <QIcon>
 #include <QPalette>
+
+// The rows under one parent: `nodes` first, then the records of `folder` in display
+// order. A row that a view opens gets a Level of its own in `kids`, keyed by its slot
+// (its place in `nodes`, or nodes.size() plus its record's place in the folder), which
+// a new order leaves unchanged.
+struct NodeTreeModel::Level {
+    Level* up = nullptr;
+    size_t slotInUp = 0;
+    DirNodePtr owner; // the node whose rows these are (null for the top and for records)
+    std::vector<DirNodePtr> nodes;
+    NodeStorePtr store;
+    const NodeRecord* folder = nullptr;
+    std::vector<uint32_t> order;   // row → record once sorted again; empty: as stored
+    std::vector<uint32_t> inverse; // record → row, with `order`
+    std::shared_ptr<MetaFillState> fill;
+    bool sortPending = false; // the sort needs sizes or dates that are still being read
+    std::unordered_map<size_t, std::unique_ptr<Level>> kids;
+    bool built = false;
+    bool fetching = false;
+
+    int count() const { return int(nodes.size() + (folder ? folder->childCount : 0)); }
+    uint32_t recordAt(int row) const
+    {
+        const uint32_t at = uint32_t(row) - uint32_t(nodes.size());
+        return order.empty() ? at : order[at];
+    }
+    size_t slotOf(int row) const { return size_t(row) < nodes.size() ? size_t(row) : nodes.size() + recordAt(row); }
+    int rowOfSlot(size_t slot) const
+    {
+        if (slot < nodes.size())
+            return int(slot);
+        const uint32_t record = uint32_t(slot - nodes.size());
+        return int(nodes.size() + (inverse.empty() ? record : inverse[record]));
+    }
+    Row row(int row) const
+    {
+        if (size_t(row) < nodes.size())
+            return {nodes[size_t(row)].get(), nullptr, nullptr};
+        return {nullptr, &folder->children[recordAt(row)], store.get()};
+    }
+    ~Level()
+    {
+        if (fill)
+            fill->cancel();
+    }
+};
+
+namespace {
+
+QString decoded(const char* name, size_t length)
+{
+    return QFile::decodeName(QByteArray::fromRawData(name, qsizetype(length)));
+}
+
+// What the info modules read of a record, as a node of its own (no children).
+DirNodePtr recordNode(const NodeStore& store, const NodeRecord& record)
+{
+    auto node = DirNode::make();
+    node->name.assign(record.name, record.nameLength);
+    node->path = store.path(record);
+    node->isDir = record.isDir();
+    const uint8_t meta = nodeMeta(record);
+    if (meta & kMetaKnown)
+        node->size = record.size;
+    if (meta & kMetaHasDate)
+        node->dateModified = record.date;
+    node->kind = std::string(nodeKindText(record));
+    node->childrenLoaded = !record.isDir();
+    return node;
+}
+
+} // namespace
+
+QString NodeTreeModel::Row::name() const
+{
+    return node ? QFile::decodeName(node->name.c_str()) : decoded(record->name, record->nameLength);
+}
+
+std::string NodeTreeModel::Row::path() const
+{
+    return node ? node->path : store->path(*record);
+}
+
+bool NodeTreeModel::Row::metaKnown() const
+{
+    return node || (nodeMeta(*record) & kMetaKnown);
+}
+
+std::optional<int64_t> NodeTreeModel::Row::date() const
+{
+    if (node)
+        return node->dateModified;
+    if (nodeMeta(*record) & kMetaHasDate)
+        return record->date;
+    return std::nullopt;
+}
+
+QString NodeTreeModel::Row::kind() const
+{
+    if (node)
+        return node->kind.empty() ? QStringLiteral("Folder") : QString::fromStdString(node->kind);
+    const std::string_view kind = nodeKindText(*record);
+    return QString::fromUtf8(kind.data(), qsizetype(kind.size()));
+}
 
 NodeTreeModel::NodeTreeModel(DirNodePtr root, std::vector<DirNodePtr> headers, const BrowserContext& context,
     QObject* parent)
@@ -16,152 +123,314 @@ NodeTreeModel::NodeTreeModel(DirNodePtr root, std::vector<DirNodePtr> headers, c
     , m_root(std::move(root))
     , m_headers(std::move(headers))
     , m_context(context)
+    , m_top(std::make_unique<Level>())
 {
-    m_top.node = m_root;
+    m_top->owner = m_root;
 }
 
 NodeTreeModel::~NodeTreeModel()
 {
-    // The rows of a big folder are many small objects: they are freed off the UI thread.
-    releaseInBackground(std::move(m_top.kids));
+    // A big folder's store and order are freed off the UI thread; any read of sizes
+    // still on its way stops.
+    releaseInBackground(std::move(m_top));
 }
 
-std::vector<DirNodePtr> NodeTreeModel::childRows(const DirNode& node) const
+void NodeTreeModel::build(Level& level) const
 {
-    if (node.isSectionHeader)
-        return node.children; // the favourites order
-    // Folders read by the scanner arrive sorted (the read sorts in the background, so a
-    // folder of 100,000 entries never sorts on the main thread); the Computer root is
-    // built unsorted and is small.
-    if (node.path == "/")
-        return sortNodes(node.children, SortPlace::ComputerRoot, *m_context.settings);
-    return node.children;
-}
-
-void NodeTreeModel::build(Item& item) const
-{
-    if (item.built)
+    if (level.built || !fillLevel(level))
         return;
-    if (&item != &m_top && !item.node->childrenLoaded && !item.node->isSectionHeader)
-        return; // waits for fetchMore
-    item.built = true;
-    fill(item, &item == &m_top ? topRows() : childRows(*item.node));
+    level.built = true;
+    const_cast<NodeTreeModel*>(this)->startMeta(level);
 }
 
-void NodeTreeModel::fill(Item& item, std::vector<DirNodePtr> rows)
+bool NodeTreeModel::fillLevel(Level& level) const
 {
-    item.kids.clear();
-    item.kids.reserve(rows.size());
-    for (auto& node : rows) {
-        auto kid = std::make_unique<Item>();
-        kid->node = std::move(node);
-        kid->parent = &item;
-        kid->row = int(item.kids.size());
-        item.kids.push_back(std::move(kid));
+    const DirNode* owner = level.owner.get();
+    if (&level == m_top.get()) {
+        level.nodes = topNodes();
+        if (m_root->store) {
+            level.store = m_root->store;
+            level.folder = &m_root->store->root();
+        } else if (m_root->path == "/") {
+            // The Computer root is built unsorted and is small.
+            std::vector<DirNodePtr> drives = sortNodes(m_root->children, SortPlace::ComputerRoot, *m_context.settings);
+            level.nodes.insert(level.nodes.end(), drives.begin(), drives.end());
+        } else {
+            level.nodes.insert(level.nodes.end(), m_root->children.begin(), m_root->children.end());
+        }
+    } else if (owner) {
+        if (!owner->childrenLoaded && !owner->isSectionHeader)
+            return false; // waits for fetchMore
+        if (owner->store) {
+            level.store = owner->store;
+            level.folder = &owner->store->root();
+        } else {
+            level.nodes = owner->children; // folders arrive sorted; a header's in the favourites' order
+        }
+    } else if (!(level.folder && (level.folder->flags & kNodeLoaded))) {
+        return false; // a record's folder: waits for fetchMore
     }
+    return true;
 }
 
-NodeTreeModel::Item* NodeTreeModel::itemAt(const QModelIndex& index) const
+bool NodeTreeModel::expandable(const Row& row) const
 {
-    if (!index.isValid())
-        return &m_top;
-    return static_cast<Item*>(index.internalPointer());
+    return row.isHeader() ? headersExpand() : row.isDir();
+}
+
+NodeTreeModel::Level* NodeTreeModel::levelOf(const QModelIndex& index) const
+{
+    return index.isValid() ? static_cast<Level*>(index.internalPointer()) : nullptr;
+}
+
+NodeTreeModel::Level* NodeTreeModel::kidLevel(Level& level, int row) const
+{
+    const size_t slot = level.slotOf(row);
+    std::unique_ptr<Level>& kid = level.kids[slot];
+    if (!kid) {
+        kid = std::make_unique<Level>();
+        kid->up = &level;
+        kid->slotInUp = slot;
+        const Row r = level.row(row);
+        if (r.node) {
+            kid->owner = level.nodes[slot];
+        } else if (r.record->flags & kNodeLoaded) {
+            kid->store = level.store; // read with its parent (deep scans)
+            kid->folder = r.record;
+        }
+    }
+    return kid.get();
+}
+
+NodeTreeModel::Level* NodeTreeModel::kidsOf(const QModelIndex& parent) const
+{
+    Level* level = parent.isValid() ? kidLevel(*levelOf(parent), parent.row()) : m_top.get();
+    build(*level);
+    return level;
+}
+
+NodeTreeModel::Row NodeTreeModel::rowAt(const QModelIndex& index) const
+{
+    Level* level = levelOf(index);
+    return level ? level->row(index.row()) : Row{m_root.get(), nullptr, nullptr};
 }
 
 DirNodePtr NodeTreeModel::nodeAt(const QModelIndex& index) const
 {
-    return index.isValid() ? itemAt(index)->node : DirNodePtr();
+    Level* level = levelOf(index);
+    if (!level)
+        return {};
+    const auto kid = level->kids.find(level->slotOf(index.row()));
+    const bool read = kid != level->kids.end() && kid->second->built;
+    if (size_t(index.row()) < level->nodes.size()) {
+        const DirNodePtr& node = level->nodes[size_t(index.row())];
+        if (!read || node->childrenLoaded || node->isSectionHeader)
+            return node;
+        // Read by this model since: a copy says so (the shared node stays as it was).
+        DirNodePtr copy = std::make_shared<DirNode>(*node);
+        copy->childrenLoaded = true;
+        return copy;
+    }
+    const Row row = level->row(index.row());
+    DirNodePtr node = recordNode(*row.store, *row.record);
+    node->childrenLoaded = node->childrenLoaded || read; // a folder whose rows this model has read
+    return node;
 }
 
 QModelIndex NodeTreeModel::indexOfPath(const std::string& path) const
 {
-    build(m_top);
-    for (const auto& kid : m_top.kids)
-        if (kid->node->path == path && !kid->node->isSectionHeader)
-            return createIndex(kid->row, 0, kid.get());
+    Level& top = *m_top;
+    build(top);
+    for (size_t i = 0; i < top.nodes.size(); ++i)
+        if (top.nodes[i]->path == path && !top.nodes[i]->isSectionHeader)
+            return createIndex(int(i), 0, &top);
+    if (!top.folder)
+        return {};
+    // A record's path is the root's plus its name: only the names are compared.
+    const std::string& base = m_root->path;
+    const bool slash = base != "/";
+    if (path.size() <= base.size() + slash || path.compare(0, base.size(), base) != 0
+        || (slash && path[base.size()] != '/'))
+        return {};
+    const std::string_view name = std::string_view(path).substr(base.size() + slash);
+    for (int row = int(top.nodes.size()); row < top.count(); ++row)
+        if (top.row(row).record->nameView() == name)
+            return createIndex(row, 0, &top);
     return {};
 }
 
 QModelIndex NodeTreeModel::index(int row, int column, const QModelIndex& parent) const
 {
-    Item* item = itemAt(parent);
-    build(*item);
-    if (row < 0 || row >= int(item->kids.size()) || column < 0 || column >= columnCount(parent))
+    if (row < 0 || column < 0 || column >= columnCount(parent))
         return {};
-    return createIndex(row, column, item->kids[size_t(row)].get());
+    Level* level = kidsOf(parent);
+    if (!level->built || row >= level->count())
+        return {};
+    return createIndex(row, column, level);
 }
 
 QModelIndex NodeTreeModel::parent(const QModelIndex& index) const
 {
-    if (!index.isValid())
+    Level* level = levelOf(index);
+    if (!level || !level->up)
         return {};
-    Item* up = itemAt(index)->parent;
-    if (!up || up == &m_top)
-        return {};
-    return createIndex(up->row, 0, up);
+    return createIndex(level->up->rowOfSlot(level->slotInUp), 0, level->up);
 }
 
 int NodeTreeModel::rowCount(const QModelIndex& parent) const
 {
     if (parent.column() > 0)
         return 0;
-    Item* item = itemAt(parent);
-    if (item != &m_top && !expandable(*item->node))
+    if (parent.isValid() && !expandable(rowAt(parent)))
         return 0;
-    build(*item);
-    return int(item->kids.size());
+    Level* level = kidsOf(parent);
+    return level->built ? level->count() : 0;
 }
 
 bool NodeTreeModel::hasChildren(const QModelIndex& parent) const
 {
     if (parent.column() > 0)
         return false;
-    Item* item = itemAt(parent);
-    if (item == &m_top)
+    if (!parent.isValid())
         return true;
     // Every folder shows a disclosure, loaded or not, empty or not.
-    return expandable(*item->node);
+    return expandable(rowAt(parent));
 }
 
 bool NodeTreeModel::canFetchMore(const QModelIndex& parent) const
 {
-    Item* item = itemAt(parent);
-    if (item == &m_top || item->built || item->fetching)
+    if (!parent.isValid() || !expandable(rowAt(parent)) || !rowAt(parent).isDir())
         return false;
-    return expandable(*item->node) && item->node->isDir && !item->node->childrenLoaded;
+    Level* level = kidsOf(parent);
+    return !level->built && !level->fetching;
 }
 
 void NodeTreeModel::fetchMore(const QModelIndex& parent)
 {
-    Item* item = itemAt(parent);
     if (!canFetchMore(parent) || !m_context.scans)
         return;
-    item->fetching = true;
+    Level* level = kidsOf(parent);
+    level->fetching = true;
     QPersistentModelIndex keep(parent);
-    m_context.scans->scan(item->node->path, *m_context.settings, this, [this, keep](DirNodePtr fresh) {
+    m_context.scans->scan(rowAt(parent).path(), *m_context.settings, this, [this, keep, level](DirNodePtr fresh) {
         if (keep.isValid())
-            adopt(itemAt(keep), keep, fresh);
+            adopt(level, keep, fresh);
     });
 }
 
-void NodeTreeModel::adopt(Item* item, const QModelIndex& parent, const DirNodePtr& fresh)
+void NodeTreeModel::adopt(Level* level, const QModelIndex& parent, const DirNodePtr& fresh)
 {
-    item->fetching = false;
-    DirNode& node = *item->node;
-    // Another pane sharing this node may have read it meanwhile: its rows are as good.
-    if (!node.childrenLoaded) {
-        node.children = fresh->children;
-        node.childrenLoaded = true;
-    }
-    std::vector<DirNodePtr> rows = childRows(node);
-    const int count = int(rows.size());
+    level->fetching = false;
+    level->owner = fresh;
+    level->store.reset();
+    level->folder = nullptr;
+    Level probe;
+    probe.owner = fresh;
+    fillLevel(probe); // what the fresh read gives, without touching the shown level yet
+    const int count = probe.count();
     if (count)
         beginInsertRows(parent, 0, count - 1);
-    item->built = true;
-    fill(*item, std::move(rows));
+    level->nodes = std::move(probe.nodes);
+    level->store = std::move(probe.store);
+    level->folder = probe.folder;
+    level->built = true;
     if (count)
         endInsertRows();
+    startMeta(*level);
     emit childrenArrived(parent);
+}
+
+void NodeTreeModel::startMeta(Level& level)
+{
+    if (!level.folder || level.fill || !m_context.scans)
+        return;
+    const NodeRecord& folder = *level.folder;
+    bool pending = false;
+    for (uint32_t i = 0; i < folder.childCount && !pending; ++i)
+        pending = !(nodeMeta(folder.children[i]) & kMetaKnown);
+    if (!pending)
+        return;
+    const SortColumnsUsed used = sortColumnsUsed(SortPlace::Folder, *m_context.settings);
+    level.sortPending = used.sizes || used.dates;
+    level.fill = std::make_shared<MetaFillState>();
+    Level* target = &level;
+    m_context.scans->fillMeta(level.store, level.folder, level.fill, this, [this, target](bool finished) {
+        if (finished)
+            metaDone(target);
+        emit metaArrived();
+    });
+}
+
+void NodeTreeModel::metaDone(Level* level)
+{
+    if (!level->sortPending)
+        return;
+    // The folder was shown in name order: now that the sizes or dates are in, its order
+    // is made again in the background and applied in one step.
+    NodeStorePtr store = level->store;
+    const NodeRecord* folder = level->folder;
+    const BrondelSettings settings = *m_context.settings;
+    m_context.scans->submit(this, [this, level, store, folder, settings]() -> std::function<void()> {
+        const SortColumnsUsed used = sortColumnsUsed(SortPlace::Folder, settings);
+        SortColumns columns;
+        for (uint32_t i = 0; i < folder->childCount; ++i) {
+            const NodeRecord& record = folder->children[i];
+            columns.names.push_back(record.nameView());
+            columns.dirs.push_back(record.isDir());
+            if (used.sizes)
+                columns.sizes.push_back(record.size);
+            if (used.dates)
+                columns.dates.push_back(nodeMeta(record) & kMetaHasDate ? record.date : SortColumns::kNoDate);
+        }
+        auto order = std::make_shared<std::vector<uint32_t>>(sortOrder(columns, SortPlace::Folder, settings));
+        return [this, level, order] { resorted(level, std::move(*order)); };
+    });
+}
+
+void NodeTreeModel::resorted(Level* level, std::vector<uint32_t> order)
+{
+    const int offset = int(level->nodes.size());
+    QModelIndex parent = level->up ? createIndex(level->up->rowOfSlot(level->slotInUp), 0, level->up) : QModelIndex();
+    emit layoutAboutToBeChanged({QPersistentModelIndex(parent)}, QAbstractItemModel::VerticalSortHint);
+    std::vector<uint32_t> inverse(order.size());
+    for (uint32_t row = 0; row < order.size(); ++row)
+        inverse[order[row]] = row;
+    // Persistent indexes (the selection, the current row) follow their records.
+    QModelIndexList from, to;
+    for (const QModelIndex& index : persistentIndexList()) {
+        if (levelOf(index) != level || index.row() < offset)
+            continue;
+        from << index;
+        to << createIndex(offset + int(inverse[level->recordAt(index.row())]), index.column(), level);
+    }
+    releaseInBackground(std::exchange(level->order, std::move(order)));
+    releaseInBackground(std::exchange(level->inverse, std::move(inverse)));
+    level->sortPending = false;
+    changePersistentIndexList(from, to);
+    emit layoutChanged({QPersistentModelIndex(parent)}, QAbstractItemModel::VerticalSortHint);
+    emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+}
+
+void NodeTreeModel::noteVisibleRows(const QModelIndex& parent, int first, int last)
+{
+    Level* level = parent.isValid() ? kidLevel(*levelOf(parent), parent.row()) : m_top.get();
+    if (!level->fill || level->fill->finished() || !level->order.empty())
+        return;
+    const int offset = int(level->nodes.size());
+    first = std::max(first - offset, 0);
+    last = std::min(last - offset, int(level->folder->childCount) - 1);
+    if (last >= first)
+        level->fill->setVisible(uint32_t(first), uint32_t(last));
+}
+
+bool NodeTreeModel::sortPending() const
+{
+    return m_top->sortPending;
+}
+
+bool NodeTreeModel::metaPending() const
+{
+    return (m_top->fill && !m_top->fill->finished()) || m_top->sortPending;
 }
 
 Qt::ItemFlags NodeTreeModel::flags(const QModelIndex& index) const
@@ -169,7 +438,7 @@ Qt::ItemFlags NodeTreeModel::flags(const QModelIndex& index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     // Section headers can be expanded but never selected, by click, keys or select-all.
-    if (itemAt(index)->node->isSectionHeader)
+    if (rowAt(index).isHeader())
         return Qt::ItemIsEnabled;
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
 }
@@ -199,8 +468,32 @@ QVariant NodeTreeModel::headerStyle(const DirNode& header, int role)
     return {};
 }
 
-QString NodeTreeModel::infoText(const DirNode& node) const
+QString NodeTreeModel::infoText(const Row& row) const
 {
-    std::optional<RowInfo> info = RowInfoCache::shared().find(node, *m_context.settings);
+    if (row.record && !row.record->isDir()) {
+        // A file's text comes from its record alone: no node is made for it.
+        if (!row.metaKnown())
+            return {};
+        DirNode file;
+        file.isDir = false;
+        file.size = row.record->size;
+        std::optional<RowInfo> info = RowInfoCache::shared().find(file, *m_context.settings);
+        return info ? info->line : QString();
+    }
+    DirNodePtr made = row.record ? recordNode(*row.store, *row.record) : DirNodePtr();
+    std::optional<RowInfo> info = RowInfoCache::shared().find(made ? *made : *row.node, *m_context.settings);
     return info ? info->line : QString();
+}
+
+QIcon NodeTreeModel::icon(const Row& row) const
+{
+    if (row.node)
+        return iconForNode(*row.node);
+    if (!row.record->isDir())
+        return iconSymbol("doc");
+    DirNode folder;
+    folder.isDir = true;
+    folder.kind = "Folder";
+    folder.path = row.path();
+    return iconForNode(folder);
 }

@@ -15,9 +15,34 @@ ScanService::~ScanService() = default;
 void ScanService::scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done)
 {
     submit(context, [path, settings, done = std::move(done)]() -> std::function<void()> {
-        Scanner scanner(settings);
-        DirNodePtr root = scanner.scan(path, 1);
+        DirNodePtr root = scanListing(path, settings);
         return [done, root] { done(root); };
+    });
+}
+
+DirNodePtr ScanService::scanListing(const std::string& path, const BrondelSettings& settings)
+{
+    NodeStorePtr store = Scanner(settings).scanStore(path, 1, ScanMeta::NamesFirst);
+    const NodeRecord& folder = store->root();
+    auto root = DirNode::make();
+    root->name.assign(folder.name, folder.nameLength);
+    root->path = path;
+    root->isDir = true;
+    root->childrenLoaded = true;
+    root->readError = folder.readError;
+    root->store = std::move(store);
+    return root;
+}
+
+void ScanService::fillMeta(NodeStorePtr store, const NodeRecord* folder, std::shared_ptr<MetaFillState> state,
+    QObject* context, std::function<void(bool)> progress)
+{
+    m_work.submitStreaming(context, [store, folder, state, progress](const BackgroundWork::Post& post) {
+        // The records are the store's own: the filler writes them, the views read them
+        // through nodeMeta(), and no one else writes them.
+        nodeMetaFill(*store, const_cast<NodeRecord&>(*folder), *state, [&](bool finished) {
+            post([progress, finished] { progress(finished); });
+        });
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
+#include "fs/node_meta_fill.h"
 #include "views/background_work.h"
 
 #include <QObject>
@@ -24,8 +25,19 @@ public:
 
     // Scans `path` to depth 1 in the background; `done` receives the fresh root on the
     // main thread unless `context` has been destroyed by then. Virtual so that tests can
-    // hold results back and release them in any order.
+    // hold results back and release them in any order. The root holds its entries in
+    // the compact store, names first (scanListing): their status follows through
+    // fillMeta.
     virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done);
+
+    // What scan() hands over, read on the calling thread.
+    static DirNodePtr scanListing(const std::string& path, const BrondelSettings& settings);
+
+    // Reads the status of the folder's entries in the background (nodeMetaFill), the
+    // rows `state` says are visible first; `progress` runs on the main thread while
+    // `context` lives.
+    void fillMeta(NodeStorePtr store, const NodeRecord* folder, std::shared_ptr<MetaFillState> state,
+        QObject* context, std::function<void(bool finished)> progress);
 
     // Any other background read: `work` runs on the pool, its continuation on the main
     // thread unless `context` has been destroyed by then (no context: always). With one

@@ -39,10 +39,7 @@ std::unique_ptr<BrondelWindow> paneAt(TestContext& t, const std::string& path)
 
 std::vector<std::string> names(const DirNodePtr& node)
 {
-    std::vector<std::string> out;
-    for (const auto& child : node->children)
-        out.push_back(child->name);
-    return out;
+    return entryNames(node);
 }
 
 // Folders named "locked" refuse to open with this errno.

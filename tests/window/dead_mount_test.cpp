@@ -330,7 +330,7 @@ private slots:
         frame->show();
         QVERIFY(QTest::qWaitForWindowExposed(frame));
         frame->activePane()->reload();
-        QTRY_VERIFY(!frame->activePane()->rootNode()->children.empty());
+        QTRY_VERIFY(frame->activePane()->rootNode()->hasEntries());
         QTest::qWait(100);
 
         g_dead.started = true;
@@ -365,7 +365,7 @@ private slots:
         QCOMPARE(g_moduleUiCalls.load(), 0);
         QVERIFY2(longest < stallLimitMs(), qPrintable(QStringLiteral("UI thread stalled %1 ms").arg(longest)));
         QVERIFY(g_dead.backgroundWaits > 0); // the dead mount was asked, off the UI thread
-        QCOMPARE(pane->rootNode()->children.size(), size_t(3)); // dead, inner, note.txt
+        QCOMPARE(entryNames(pane->rootNode()).size(), size_t(3)); // dead, inner, note.txt
 
         // Quitting: the windows close, the event loop returns and the services go,
         // while their threads are still stuck on the dead mount.
@@ -385,7 +385,7 @@ private slots:
         delegate->setCardsObserver([](std::function<void()>, QObject*) { return false; });
         delegate->applicationDidFinishLaunching();
         QCOMPARE(delegate->windows().size(), size_t(2));
-        QTRY_VERIFY(!delegate->windows().front()->activePane()->rootNode()->children.empty());
+        QTRY_VERIFY(delegate->windows().front()->activePane()->rootNode()->hasEntries());
         delegate->windows().back()->refresh(); // a second read of the dead folder
         QTest::qWait(100);
         QVERIFY(delegate->windows().back()->activePane()->scanPendingGen()); // stuck for good
@@ -412,7 +412,7 @@ private slots:
         delegate->applicationDidFinishLaunching();
         BrowserFrame* frame = delegate->windows().front();
         BrondelWindow* pane = frame->activePane();
-        QTRY_VERIFY(!pane->rootNode()->children.empty());
+        QTRY_VERIFY(pane->rootNode()->hasEntries());
         QTest::qWait(100);
 
         g_dead.started = true;

@@ -4,6 +4,7 @@
 // releases them, and a context wired to both.
 
 #include "config/brondel_settings.h"
+#include "fs/node_store.h"
 #include "fs/scanner.h"
 #include "support/test_env.h"
 #include "window/browser_context.h"
@@ -17,6 +18,19 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+// The names of a folder's entries as read, in order, whichever form they were read in
+// (DirNodes, or the compact store of a window's load).
+inline std::vector<std::string> entryNames(const DirNodePtr& node)
+{
+    std::vector<std::string> out;
+    for (const auto& child : node->children)
+        out.push_back(child->name);
+    if (node->store)
+        for (uint32_t i = 0; i < node->store->root().childCount; ++i)
+            out.emplace_back(node->store->root().children[i].nameView());
+    return out;
+}
 
 #define BRONDEL_GUI_TEST_MAIN(TestClass)            \
     int main(int argc, char** argv)                 \
@@ -55,7 +69,7 @@ public:
         if (!r.context)
             return;
         ++m_delivered;
-        r.done(Scanner(BrondelSettings{}).scan(r.path, 1));
+        r.done(ScanService::scanListing(r.path, BrondelSettings{}));
     }
     void finishAll()
     {
