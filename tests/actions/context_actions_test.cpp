@@ -51,9 +51,11 @@ QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
     return {};
 }
 
-const QString kFileMenu = QStringLiteral("Open|-|Reveal in Finder|Copy Path|-|Move to Trash");
+const QString kFileMenu = QStringLiteral("Open|-|Reveal in File Manager|Copy Path|-|Move to Trash");
+const QString kFolderMenu = QStringLiteral(
+    "Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to Sidebar|Add to Favorites|-|Move to Trash");
 const QString kSectionMenu = QStringLiteral(
-    "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|-|New Section\u2026|Remove Section");
+    "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|Color|-|New Section\u2026|Remove Section");
 const QString kBackgroundMenu = QStringLiteral(
     "New Folder|New Favorites Section\u2026|Add This Folder to Favorites|Manage Favorites\u2026|Refresh");
 
@@ -119,7 +121,7 @@ private slots:
         for (auto [mode, name] : {std::pair{ViewMode::List, "list"}, {ViewMode::Column, "column"}}) {
             QByteArray tag(name);
             QTest::newRow(tag + " file") << int(mode) << "d.txt" << kFileMenu;
-            QTest::newRow(tag + " folder") << int(mode) << "a" << kFileMenu;
+            QTest::newRow(tag + " folder") << int(mode) << "a" << kFolderMenu;
             QTest::newRow(tag + " section") << int(mode) << "Work" << kSectionMenu;
             QTest::newRow(tag + " recent") << int(mode) << "Recent" << QStringLiteral("Clear Recents");
             QTest::newRow(tag + " empty") << int(mode) << "" << kBackgroundMenu;
@@ -137,7 +139,7 @@ private slots:
         QCOMPARE(menuText(built.get()), menu);
         // A row's menu acts on that row alone: it is selected first; headers never are.
         std::vector<std::string> selected = f.pane()->selectedPaths();
-        if (menu == kFileMenu)
+        if (menu == kFileMenu || menu == kFolderMenu)
             QCOMPARE(selected.size(), size_t(1));
         else if (!row.isEmpty())
             QVERIFY(selected.empty());
