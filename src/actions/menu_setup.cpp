@@ -23,6 +23,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
+#include <QToolButton>
 
 #include <optional>
 
@@ -223,6 +224,12 @@ void MenuSetup::install(BrowserFrame* frame)
 {
     QMenuBar* bar = frame->menuBar();
     bar->clear();
+    bar->setAccessibleName(QObject::tr("Menu bar"));
+    // Qt's own button for the menus that do not fit.
+    if (auto* more = bar->findChild<QToolButton*>(QStringLiteral("qt_menubar_ext_button"))) {
+        more->setAccessibleName(QObject::tr("More menus"));
+        more->setAccessibleDescription(QObject::tr("Shows the menus that do not fit"));
+    }
 
     QMenu* app = bar->addMenu(QObject::tr("&Brondel"));
     item(app, QObject::tr("About Brondel"), std::nullopt, "info.circle", frame, [frame] {
