@@ -16,6 +16,11 @@
 #include "window/theme_icons.h"
 
 #include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
 #include <QActionGroup>
 #include <QApplication>
 #include <QFile>
@@ -30,6 +35,50 @@
 namespace {
 
 constexpr const char* kPeekMenuName = "peekStyleMenu";
+
+// Keys a text field uses for editing go to the field, not to the window's shortcuts
+// that share them: Ctrl+Backspace deletes a word in a search field and must not move
+// the selected files to the Trash, Ctrl+C and Ctrl+A copy and select its text.
+class TextFieldKeys : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::ShortcutOverride || !isTextField(watched))
+            return false;
+        auto* key = static_cast<QKeyEvent*>(event);
+        for (QKeySequence::StandardKey editing : {QKeySequence::Copy, QKeySequence::Cut, QKeySequence::Paste,
+                 QKeySequence::SelectAll, QKeySequence::Undo, QKeySequence::Redo, QKeySequence::DeleteStartOfWord,
+                 QKeySequence::DeleteEndOfWord, QKeySequence::MoveToNextWord, QKeySequence::MoveToPreviousWord,
+                 QKeySequence::SelectNextWord, QKeySequence::SelectPreviousWord, QKeySequence::Backspace,
+                 QKeySequence::Delete})
+            if (key->matches(editing)) {
+                event->accept();
+                return true;
+            }
+        return false;
+    }
+
+private:
+    static bool isTextField(QObject* object)
+    {
+        if (auto* line = qobject_cast<QLineEdit*>(object))
+            return !line->isReadOnly();
+        return qobject_cast<QTextEdit*>(object) || qobject_cast<QPlainTextEdit*>(object)
+            || qobject_cast<QAbstractSpinBox*>(object);
+    }
+};
+
+void textFieldKeysInstall()
+{
+    static TextFieldKeys* filter = nullptr;
+    if (filter)
+        return;
+    filter = new TextFieldKeys(qApp);
+    qApp->installEventFilter(filter);
+}
 
 template <typename Slot>
 QAction* item(QMenu* menu, const QString& title, std::optional<Shortcut> keys, const char* symbol,
@@ -263,6 +312,7 @@ void MenuSetup::install(BrowserFrame* frame)
         [frame] { frame->isMaximized() ? frame->showNormal() : frame->showMaximized(); });
 
     sidebarMenus(frame);
+    textFieldKeysInstall();
     refreshPeekStyle();
 }
 

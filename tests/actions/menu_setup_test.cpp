@@ -19,6 +19,7 @@
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -150,6 +151,27 @@ private slots:
         const size_t before = f.t.scans.count();
         QTest::keyClick(f.frame.get(), Qt::Key_R, Qt::ControlModifier);
         QVERIFY(f.t.scans.count() > before);
+    }
+
+    void keysTypedInATextFieldStayThere()
+    {
+        // Ctrl+Backspace deletes a word in a text field; it must not trash the selection.
+        Fixture f;
+        auto* field = new QLineEdit(QStringLiteral("two words"), f.frame->toolbar());
+        f.frame->toolbar()->addWidget(field);
+        f.frame->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(f.frame.get()));
+        QVERIFY(contentViewSelect(f.pane()->contentView(), f.tree.path("root/b.txt")));
+        field->setFocus();
+        field->end(false);
+        QTRY_COMPARE(QApplication::focusWidget(), field);
+        QTest::keyClick(field, Qt::Key_Backspace, Qt::ControlModifier);
+        QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(field->text(), QStringLiteral("two "));
+        QCOMPARE(field->selectedText(), QStringLiteral("two "));
+        QTest::qWait(50);
+        QVERIFY(QFileInfo::exists(QString::fromStdString(f.tree.path("root/b.txt"))));
+        QCOMPARE(f.pane()->selectedPaths().size(), size_t(1));
     }
 
     void editCopyAndSelectAll()
