@@ -204,10 +204,15 @@ void ContextActions::newFolder(BrondelWindow& pane)
         return;
     const std::string folder = pane.rootPath();
     pane.context().scans->submit(&pane, [&pane, folder]() -> std::function<void()> {
+        errno = 0;
         const bool made = newFolderCreate(folder).has_value();
-        return [&pane, made] {
+        const int error = made ? 0 : (errno ? errno : EEXIST);
+        return [&pane, made, error] {
             if (made)
                 refreshView(pane);
+            else // a folder one may not write to, a full or read-only disk: say so
+                ActionDialogs::current().alert(pane.window(), QObject::tr("The new folder could not be created."),
+                    QString::fromStdString(TrashOp::describe(error)));
         };
     });
 }

@@ -58,7 +58,8 @@ struct ContextActions {
     // leave the favourites, and every window refreshes.
     static void trash(BrondelWindow& pane, std::vector<std::string> paths);
     // Creates the first free "untitled folder", "untitled folder 2", ... in the pane's
-    // folder (nothing on the Computer root), then refreshes the window.
+    // folder (nothing on the Computer root), then refreshes the window; an alert says
+    // why when no folder could be made.
     static void newFolder(BrondelWindow& pane);
     // Refreshes the window holding the pane (all its panes and its sidebar).
     static void refreshView(BrondelWindow& pane);
@@ -115,5 +116,5 @@ void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices)
 std::string newFolderName(int64_t number);
 
 // Creates the first free new-folder name in `folder`; its path, or nothing when the
-// folder cannot be written.
+// folder cannot be written (errno then tells why).
 std::optional<std::string> newFolderCreate(const std::string& folder);

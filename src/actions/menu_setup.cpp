@@ -318,11 +318,11 @@ void MenuSetup::install(BrowserFrame* frame)
 
 void MenuSetup::refreshPeekStyle()
 {
-    const std::vector<BrowserFrame*> frames = browserFrames();
-    if (frames.empty())
+    BrowserFrame* any = ContextActions::window();
+    if (!any)
         return;
     // The order file and the remembered style are read off the UI thread.
-    frames.front()->context().editQueue().submit(qApp, []() -> std::function<void()> {
+    any->context().editQueue().submit(qApp, []() -> std::function<void()> {
         std::vector<const LabVariant*> styles = peekOrderedTypes();
         std::optional<std::string> current = peekStyleCurrent();
         return [styles, current] {

@@ -9,6 +9,7 @@
 #include "actions/menu_setup.h"
 #include "config/lab_variant.h"
 #include "config/peek_order.h"
+#include "fs/sys_calls.h"
 #include "support/temp_tree.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
@@ -211,6 +212,22 @@ private slots:
         find(f.menu("&File"), "Open")->trigger();
         QTRY_COMPARE(alerts.size(), size_t(1));
         QCOMPARE(alerts[0], QStringLiteral("\u201cb.txt\u201d could not be opened."));
+
+        // A folder that cannot be written to: no new folder, and the user is told.
+        f.frame->navigateTo(f.tree.path("root/a"));
+        f.t.scans.finishAll();
+        {
+            SysCalls refusing = sysCallsReal();
+            refusing.mkdir = [](const char*, mode_t) {
+                errno = EACCES;
+                return -1;
+            };
+            SysCallsOverride override(refusing);
+            find(f.menu("&File"), "New Folder")->trigger();
+            QTRY_COMPARE(alerts.size(), size_t(2));
+        }
+        QCOMPARE(alerts[1], QStringLiteral("The new folder could not be created."));
+        QVERIFY(!QFileInfo::exists(QString::fromStdString(f.tree.path("root/a/untitled folder"))));
         dialogs = real;
     }
 
