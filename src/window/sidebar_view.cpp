@@ -44,11 +44,13 @@ SidebarView::SidebarView(ScanService* scans, QWidget* parent)
     setAcceptDrops(true);
     setDropIndicatorShown(true);
     setDragDropMode(QAbstractItemView::InternalMove);
-    connect(this, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
+    const auto choose = [this](QTreeWidgetItem* item) {
         std::string path = pathOf(item);
         if (!path.empty())
             emit locationChosen(path);
-    });
+    };
+    connect(this, &QTreeWidget::itemClicked, this, choose);
+    connect(this, &QTreeWidget::itemActivated, this, choose); // Return on a row, too
     // A drive may stop (or start again) answering at any time: the watchdog remembers
     // it, and asking it costs no system call.
     m_badgeCheck.setInterval(kBadgeCheckMs);
@@ -110,13 +112,18 @@ std::unique_ptr<QMenu> SidebarView::menuAt(QPoint pos)
 
 void SidebarView::contextMenuEvent(QContextMenuEvent* event)
 {
+    // The menu key opens the menu of the current row; a click, that of the row under it
+    // (the event comes through the viewport, in its coordinates).
+    const QPoint at = event->reason() == QContextMenuEvent::Keyboard && currentItem()
+        ? visualItemRect(currentItem()).center()
+        : event->pos();
     // popup, not exec: a reload landing meanwhile rebuilds the rows under the menu.
-    std::unique_ptr<QMenu> menu = menuAt(viewport()->mapFrom(this, event->pos()));
+    std::unique_ptr<QMenu> menu = menuAt(at);
     if (!menu)
         return;
     QMenu* shown = menu.release();
     shown->setAttribute(Qt::WA_DeleteOnClose);
-    shown->popup(event->globalPos());
+    shown->popup(viewport()->mapToGlobal(at));
 }
 
 QTreeWidgetItem* SidebarView::entryAt(QPoint pos) const
