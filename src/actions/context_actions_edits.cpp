@@ -78,7 +78,7 @@ std::string typed(const QString& text)
 
 std::optional<std::string> askNewSection(QWidget* parent)
 {
-    auto answer = ActionDialogs::current().prompt(parent, QObject::tr("New Section"),
+    auto answer = ctxPrompt(parent, QObject::tr("New Section"),
         QObject::tr("Name for the new favorites section:"), QString());
     if (!answer)
         return std::nullopt;
@@ -134,7 +134,7 @@ void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& s
 void ContextActions::sectionRename(BrondelWindow& pane, const std::string& section)
 {
     const QString shown = decode(section);
-    auto answer = ActionDialogs::current().prompt(pane.window(), QObject::tr("Rename Section"),
+    auto answer = ctxPrompt(pane.window(), QObject::tr("Rename Section"),
         QObject::tr("New name:"), shown);
     if (!answer)
         return;
@@ -329,7 +329,7 @@ void ContextActions::sidebarRenameAction(BrondelWindow& pane)
             if (!where)
                 return;
             const QString shown = decode(title);
-            auto answer = ActionDialogs::current().prompt(where->window(), QObject::tr("Rename Section"),
+            auto answer = ctxPrompt(where->window(), QObject::tr("Rename Section"),
                 QObject::tr("New name:"), shown);
             if (!answer)
                 return;
