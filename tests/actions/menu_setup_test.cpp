@@ -9,6 +9,7 @@
 #include "actions/menu_setup.h"
 #include "config/lab_variant.h"
 #include "config/peek_order.h"
+#include "config/pinned_file.h"
 #include "fs/sys_calls.h"
 #include "support/temp_tree.h"
 #include "window/browser_frame.h"
@@ -213,9 +214,25 @@ private slots:
         QTRY_COMPARE(alerts.size(), size_t(1));
         QCOMPARE(alerts[0], QStringLiteral("\u201cb.txt\u201d could not be opened."));
 
-        // A folder that cannot be written to: no new folder, and the user is told.
-        f.frame->navigateTo(f.tree.path("root/a"));
+        // The favourites take the selected folders, never files.
+        const std::string a = f.tree.path("root/a");
+        f.pane()->reload();
         f.t.scans.finishAll();
+        QVERIFY(contentViewSelect(f.pane()->contentView(), f.tree.path("root/c.txt")));
+        find(f.menu("&File"), "Add to Favorites")->trigger();
+        QVERIFY(contentViewSelect(f.pane()->contentView(), a));
+        find(f.menu("&File"), "Add to Favorites")->trigger();
+        QTRY_COMPARE(pinnedSectionOf(a), std::optional<std::string>("Favorites"));
+        QVERIFY(!pinnedSectionOf(f.tree.path("root/c.txt")));
+        find(f.menu("&File"), "Remove from Favorites")->trigger();
+        QTRY_VERIFY(!pinnedSectionOf(a));
+
+        // Open on a selected folder goes into it.
+        find(f.menu("&File"), "Open")->trigger();
+        QTRY_COMPARE(f.pane()->currentLocation(), a);
+        f.t.scans.finishAll();
+
+        // A folder that cannot be written to: no new folder, and the user is told.
         {
             SysCalls refusing = sysCallsReal();
             refusing.mkdir = [](const char*, mode_t) {
