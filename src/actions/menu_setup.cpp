@@ -144,6 +144,7 @@ void pickPeekStyle(BrowserFrame* frame, const std::string& title)
 void peekStyleFill(QMenu* menu, BrowserFrame* frame, const std::vector<const LabVariant*>& styles,
     const std::optional<std::string>& current)
 {
+    qDeleteAll(menu->findChildren<QActionGroup*>(Qt::FindDirectChildrenOnly));
     menu->clear();
     auto* group = new QActionGroup(menu);
     group->setExclusive(true);
