@@ -284,6 +284,11 @@ private slots:
         QTRY_COMPARE(peekStyleCurrent(), std::optional(styles[0]->title()));
         QTRY_VERIFY(peek->actions().at(1)->isChecked());
         QVERIFY(!peek->actions().at(0)->isChecked());
+        // The keys pick by place in the menu.
+        f.frame->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(f.frame.get()));
+        QTest::keyClick(f.frame.get(), Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
+        QTRY_COMPARE(peekStyleCurrent(), std::optional(styles[1]->title()));
     }
 
     void everyButtonHasAName()
