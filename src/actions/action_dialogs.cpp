@@ -13,7 +13,7 @@ namespace {
 
 void alertModal(QWidget* parent, const QString& text, const QString& detail)
 {
-    QMessageBox box(QMessageBox::Warning, QStringLiteral("Brondel"), text, QMessageBox::Ok, parent);
+    QMessageBox box(QMessageBox::Warning, QObject::tr("Brondel"), text, QMessageBox::Ok, parent);
     box.setInformativeText(detail);
     box.exec();
 }
@@ -69,4 +69,9 @@ ActionDialogs& ActionDialogs::current()
 {
     static ActionDialogs dialogs{alertModal, promptModal, chooseFoldersModal};
     return dialogs;
+}
+
+std::optional<QString> ctxPrompt(QWidget* parent, const QString& title, const QString& message, const QString& value)
+{
+    return ActionDialogs::current().prompt(parent, title, message, value);
 }

@@ -25,3 +25,8 @@ struct ActionDialogs {
 
     static ActionDialogs& current(); // main thread only
 };
+
+// The one-line name prompt of the actions ("New Section", "Rename Section"): `title` in
+// bold, `message` below, a field holding `value`, then OK and Cancel. The answer trimmed
+// of white space, or nothing when cancelled or empty.
+std::optional<QString> ctxPrompt(QWidget* parent, const QString& title, const QString& message, const QString& value);

@@ -14,10 +14,11 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QMimeDatabase>
 #include <QPointer>
 
 #include <cerrno>
-#include <dirent.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -26,37 +27,6 @@ constexpr int64_t kNewFolderTries = 10000;
 QString decode(const std::string& text)
 {
     return QFile::decodeName(QByteArray::fromStdString(text));
-}
-
-// The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
-// survive the trip through QString, so a component that does not exist as encoded is
-// looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
-std::string chosenPathBytes(const QString& chosen)
-{
-    const std::string encoded = QFile::encodeName(chosen).toStdString();
-    struct stat st;
-    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !chosen.startsWith(QLatin1Char('/')))
-        return encoded;
-    std::string path;
-    for (const QString& part : chosen.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-        std::string next = path + "/" + QFile::encodeName(part).toStdString();
-        if (sysCalls().stat(next.c_str(), &st) != 0) {
-            DIR* dir = ::opendir(path.empty() ? "/" : path.c_str());
-            if (!dir)
-                return encoded;
-            next.clear();
-            while (const dirent* entry = ::readdir(dir))
-                if (QFile::decodeName(entry->d_name) == part) {
-                    next = path + "/" + entry->d_name;
-                    break;
-                }
-            ::closedir(dir);
-            if (next.empty())
-                return encoded;
-        }
-        path = std::move(next);
-    }
-    return path.empty() ? encoded : path;
 }
 
 struct TrashFailure {
@@ -103,12 +73,62 @@ void ContextActions::edit(const BrowserContext& context, std::function<bool()> c
     });
 }
 
+BrowserFrame* ContextActions::window()
+{
+    if (auto* active = qobject_cast<BrowserFrame*>(QApplication::activeWindow()))
+        return active;
+    const std::vector<BrowserFrame*> frames = browserFrames();
+    return frames.empty() ? nullptr : frames.front();
+}
+
+std::vector<std::string> ContextActions::selectedPaths(const BrowserFrame& frame)
+{
+    return frame.routed() ? frame.routed()->selectedPaths() : std::vector<std::string>();
+}
+
 void ContextActions::open(BrondelWindow& pane, const DirNode& node)
 {
-    if (node.isDir)
-        pane.openFolder(node.path);
-    else
-        workspaceOpen(node.path);
+    openPath(pane, node.path, node.isDir ? PathKind::Folder : PathKind::File);
+}
+
+void ContextActions::openPath(BrondelWindow& pane, const std::string& path, PathKind kind)
+{
+    if (kind == PathKind::Folder) {
+        pane.openFolder(path);
+        return;
+    }
+    if (kind == PathKind::File) {
+        openFile(pane.window(), path);
+        return;
+    }
+    pane.context().scans->submit(&pane, [&pane, path]() -> std::function<void()> {
+        struct stat st;
+        const bool isDir = sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+        return [&pane, path, isDir] { openPath(pane, path, isDir ? PathKind::Folder : PathKind::File); };
+    });
+}
+
+void ContextActions::openFile(QWidget* parent, const std::string& path)
+{
+    if (workspaceOpen(path))
+        return;
+    // The type is told by the name alone: no disk on this thread.
+    const QString name = decode(pathLastComponent(path));
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(name, QMimeDatabase::MatchExtension);
+    ActionDialogs::current().alert(parent, QObject::tr("\u201c%1\u201d could not be opened.").arg(name),
+        QObject::tr("No application is set up to open this kind of file (%1).")
+            .arg(type.comment().isEmpty() ? type.name() : type.comment()));
+}
+
+void ContextActions::openNewWindow(BrondelWindow& pane, const std::string& path)
+{
+    if (pane.context().openWindow)
+        pane.context().openWindow(path, {});
+}
+
+QString ContextActions::revealTitle()
+{
+    return workspaceRevealTitle();
 }
 
 void ContextActions::reveal(BrondelWindow& pane, const std::string& path)
@@ -184,10 +204,15 @@ void ContextActions::newFolder(BrondelWindow& pane)
         return;
     const std::string folder = pane.rootPath();
     pane.context().scans->submit(&pane, [&pane, folder]() -> std::function<void()> {
+        errno = 0;
         const bool made = newFolderCreate(folder).has_value();
-        return [&pane, made] {
+        const int error = made ? 0 : (errno ? errno : EEXIST);
+        return [&pane, made, error] {
             if (made)
                 refreshView(pane);
+            else // a folder one may not write to, a full or read-only disk: say so
+                ActionDialogs::current().alert(pane.window(), QObject::tr("The new folder could not be created."),
+                    QString::fromStdString(TrashOp::describe(error)));
         };
     });
 }
@@ -200,68 +225,3 @@ void ContextActions::refreshView(BrondelWindow& pane)
         pane.refresh();
 }
 
-void ContextActions::favAddCurrent(BrondelWindow& pane)
-{
-    if (pane.isComputerRoot())
-        return;
-    edit(pane.context(), [path = pane.rootPath()] { return pinnedAdd(path, "Favorites"); });
-}
-
-void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& section)
-{
-    QStringList chosen =
-        ActionDialogs::current().chooseFolders(pane.window(), QStringLiteral("Add to ") + QString::fromStdString(section));
-    if (chosen.isEmpty())
-        return;
-    edit(pane.context(), [chosen, section] {
-        bool changed = false;
-        for (const QString& folder : chosen)
-            changed |= pinnedAdd(chosenPathBytes(folder), section);
-        return changed;
-    });
-}
-
-void ContextActions::sectionRename(BrondelWindow& pane, const std::string& section)
-{
-    const QString shown = decode(section);
-    auto answer = ActionDialogs::current().prompt(pane.window(), QStringLiteral("Rename Section"),
-        QStringLiteral("New name:"), shown);
-    if (!answer)
-        return;
-    // A title left as shown keeps its bytes, which need not be UTF-8; typed text is encoded.
-    const std::string to = *answer == shown.trimmed() ? section : QFile::encodeName(*answer).toStdString();
-    edit(pane.context(), [section, to] {
-        pinnedRenameSection(section, to);
-        return true;
-    });
-}
-
-void ContextActions::sectionShift(BrondelWindow& pane, const std::string& section, int64_t delta)
-{
-    edit(pane.context(), [section, delta] {
-        pinnedShiftSection(section, delta);
-        return true;
-    });
-}
-
-void ContextActions::sectionNew(BrondelWindow& pane)
-{
-    auto answer = ActionDialogs::current().prompt(pane.window(), QStringLiteral("New Section"),
-        QStringLiteral("Name for the new favorites section:"), QString());
-    if (!answer)
-        return;
-    edit(pane.context(), [title = QFile::encodeName(*answer).toStdString()] { return pinnedAddSection(title); });
-}
-
-void ContextActions::sectionDelete(BrondelWindow& pane, const std::string& section)
-{
-    edit(pane.context(), [section] { return pinnedRemoveSection(section); });
-}
-
-void ContextActions::recentsClearAction(BrondelWindow& pane)
-{
-    edit(pane.context(), [] {
-        recentsClear();
-        return true;
-    });
-}

@@ -1,36 +1,98 @@
 #include "actions/menu_setup.h"
 
+#include "actions/context_actions.h"
+#include "actions/context_menu.h"
+#include "actions/management_windows.h"
 #include "actions/settings_actions.h"
+#include "actions/workspace.h"
+#include "config/peek_order.h"
 #include "config/settings_file.h"
+#include "views/content_view.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
+#include "window/scan_service.h"
+#include "window/shortcuts.h"
+#include "window/sidebar_view.h"
 #include "window/theme_icons.h"
 
+#include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+#include <QActionGroup>
 #include <QApplication>
+#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
+#include <QToolButton>
+
+#include <optional>
 
 namespace {
 
+constexpr const char* kPeekMenuName = "peekStyleMenu";
+
+// Keys a text field uses for editing go to the field, not to the window's shortcuts
+// that share them: Ctrl+Backspace deletes a word in a search field and must not move
+// the selected files to the Trash, Ctrl+C and Ctrl+A copy and select its text.
+class TextFieldKeys : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::ShortcutOverride || !isTextField(watched))
+            return false;
+        auto* key = static_cast<QKeyEvent*>(event);
+        for (QKeySequence::StandardKey editing : {QKeySequence::Copy, QKeySequence::Cut, QKeySequence::Paste,
+                 QKeySequence::SelectAll, QKeySequence::Undo, QKeySequence::Redo, QKeySequence::DeleteStartOfWord,
+                 QKeySequence::DeleteEndOfWord, QKeySequence::MoveToNextWord, QKeySequence::MoveToPreviousWord,
+                 QKeySequence::SelectNextWord, QKeySequence::SelectPreviousWord, QKeySequence::Backspace,
+                 QKeySequence::Delete})
+            if (key->matches(editing)) {
+                event->accept();
+                return true;
+            }
+        return false;
+    }
+
+private:
+    static bool isTextField(QObject* object)
+    {
+        if (auto* line = qobject_cast<QLineEdit*>(object))
+            return !line->isReadOnly();
+        return qobject_cast<QTextEdit*>(object) || qobject_cast<QPlainTextEdit*>(object)
+            || qobject_cast<QAbstractSpinBox*>(object);
+    }
+};
+
+void textFieldKeysInstall()
+{
+    static TextFieldKeys* filter = nullptr;
+    if (filter)
+        return;
+    filter = new TextFieldKeys(qApp);
+    qApp->installEventFilter(filter);
+}
+
 template <typename Slot>
-QAction* item(QMenu* menu, const QString& title, const QKeySequence& keys, const char* symbol, BrowserFrame* frame,
-    Slot slot)
+QAction* item(QMenu* menu, const QString& title, std::optional<Shortcut> keys, const char* symbol,
+    BrowserFrame* frame, Slot slot)
 {
     QAction* action = menu->addAction(title);
-    if (!keys.isEmpty()) {
-        action->setShortcut(keys);
+    if (keys) {
+        action->setShortcut(shortcutKeys(*keys));
         action->setShortcutContext(Qt::WindowShortcut);
     }
     if (symbol)
         action->setIcon(iconSymbol(symbol));
     QObject::connect(action, &QAction::triggered, frame, slot);
     return action;
-}
-
-QKeySequence keys(QKeyCombination combination)
-{
-    return QKeySequence(combination);
 }
 
 // A submenu refilled from the settings each time it opens, so its check marks are
@@ -44,68 +106,230 @@ QMenu* settingsMenu(QMenu* parent, const QString& title, const char* symbol, Bro
     return menu;
 }
 
+// What an item of the File menu acts on: the selection of the routed pane, or else the
+// pane's own folder (none on the Computer root).
+std::vector<std::string> targets(const BrowserFrame* frame)
+{
+    std::vector<std::string> paths = ContextActions::selectedPaths(*frame);
+    if (paths.empty() && frame->routed() && !frame->routed()->isComputerRoot())
+        paths.push_back(frame->routed()->rootPath());
+    return paths;
+}
+
+void selectAll(BrowserFrame* frame)
+{
+    if (auto* view = qobject_cast<QAbstractItemView*>(contentViewFocus(frame->routed()->contentView())))
+        view->selectAll();
+}
+
+void copySelection(BrowserFrame* frame)
+{
+    const std::vector<std::string> paths = ContextActions::selectedPaths(*frame);
+    if (!paths.empty())
+        workspaceCopyItems(paths);
+}
+
+void pickPeekStyle(BrowserFrame* frame, const std::string& title)
+{
+    frame->switchMode(ViewMode::Peek);
+    frame->context().editQueue().submit(qApp, [title]() -> std::function<void()> {
+        peekStyleSetCurrent(title);
+        return [] {
+            MenuSetup::refreshPeekStyle();
+            brondelRefreshAll();
+        };
+    });
+}
+
+void peekStyleFill(QMenu* menu, BrowserFrame* frame, const std::vector<const LabVariant*>& styles,
+    const std::optional<std::string>& current)
+{
+    qDeleteAll(menu->findChildren<QActionGroup*>(Qt::FindDirectChildrenOnly));
+    menu->clear();
+    auto* group = new QActionGroup(menu);
+    group->setExclusive(true);
+    for (size_t i = 0; i < styles.size(); ++i) {
+        const LabVariant* style = styles[i];
+        QAction* action = item(menu, menuTitleEscape(QString::fromStdString(style->title())), std::nullopt, nullptr,
+            frame, [frame, title = style->title()] { pickPeekStyle(frame, title); });
+        action->setShortcut(shortcutPeekStyle(int(i)));
+        action->setShortcutContext(Qt::WindowShortcut);
+        action->setToolTip(QString::fromStdString(style->blurb()));
+        action->setCheckable(true);
+        action->setChecked(current && *current == style->title());
+        group->addAction(action);
+    }
+}
+
+void fileMenu(QMenuBar* bar, BrowserFrame* frame)
+{
+    QMenu* file = bar->addMenu(QObject::tr("&File"));
+    item(file, QObject::tr("New Window"), Shortcut::NewWindow, "macwindow.badge.plus", frame,
+        &BrowserFrame::newWindowRequested);
+    file->addSeparator();
+    item(file, QObject::tr("New Folder"), Shortcut::NewFolder, "folder.badge.plus", frame,
+        [frame] { ContextActions::newFolder(*frame->routed()); });
+    item(file, QObject::tr("Open"), Shortcut::Open, "arrow.up.forward.app", frame, [frame] {
+        for (const std::string& path : ContextActions::selectedPaths(*frame))
+            ContextActions::openPath(*frame->routed(), path, PathKind::Unknown);
+    });
+    // Reveal shows the same keys as Refresh, which owns them: two window shortcuts on
+    // one key would both be dead (Qt calls that ambiguous).
+    QAction* reveal = item(file, ContextActions::revealTitle(), Shortcut::Reveal, "folder", frame, [frame] {
+        const std::vector<std::string> paths = targets(frame);
+        if (!paths.empty())
+            ContextActions::reveal(*frame->routed(), paths.front());
+    });
+    reveal->setShortcutContext(Qt::WidgetShortcut);
+    item(file, QObject::tr("Copy Path"), Shortcut::CopyPath, "doc.on.doc", frame, [frame] {
+        std::string joined;
+        for (const std::string& path : targets(frame))
+            joined += (joined.empty() ? "" : "\n") + path;
+        if (!joined.empty())
+            ContextActions::copyPath(joined);
+    });
+    item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
+    file->addSeparator();
+    item(file, QObject::tr("Add to Favorites"), Shortcut::AddToFavorites, "star", frame,
+        [frame] { ContextActions::favAddPaths(*frame->routed(), targets(frame)); });
+    item(file, QObject::tr("Remove from Favorites"), std::nullopt, "star.slash", frame,
+        [frame] { ContextActions::favRemovePaths(*frame->routed(), targets(frame)); });
+    file->addSeparator();
+    item(file, QObject::tr("Close Window"), Shortcut::CloseWindow, "xmark.circle.fill", frame,
+        [frame] { frame->close(); });
+}
+
+void viewMenu(QMenuBar* bar, BrowserFrame* frame)
+{
+    QMenu* view = bar->addMenu(QObject::tr("&View"));
+    const std::tuple<const char*, Shortcut, const char*> modes[] = {
+        {QT_TR_NOOP("as Icons"), Shortcut::AsIcons, "square.grid.2x2"},
+        {QT_TR_NOOP("as List"), Shortcut::AsList, "list.bullet"},
+        {QT_TR_NOOP("as Columns"), Shortcut::AsColumns, "rectangle.split.3x1"},
+        {QT_TR_NOOP("as Peek"), Shortcut::AsPeek, "square.stack"}};
+    auto* modeGroup = new QActionGroup(view);
+    for (int i = 0; i < 4; ++i) {
+        const auto& [title, keys, symbol] = modes[i];
+        QAction* mode =
+            item(view, QObject::tr(title), keys, symbol, frame, [frame, i] { frame->switchMode(ViewMode(i)); });
+        mode->setCheckable(true);
+        modeGroup->addAction(mode);
+    }
+    QObject::connect(view, &QMenu::aboutToShow, modeGroup, [modeGroup, frame] {
+        modeGroup->actions().at(int(frame->routed()->currentMode()))->setChecked(true);
+    });
+    item(view, QObject::tr("Split View Right"), Shortcut::SplitRight, "rectangle.split.2x1", frame,
+        &BrowserFrame::addPane);
+    item(view, QObject::tr("Split View Down"), Shortcut::SplitDown, "rectangle.split.1x2", frame,
+        &BrowserFrame::splitPaneDown);
+    item(view, QObject::tr("Close Split"), Shortcut::CloseSplit, "xmark.circle.fill", frame,
+        &BrowserFrame::closeActivePane);
+    item(view, QObject::tr("Link Panes (Cable)"), Shortcut::LinkPanes, "cable.connector", frame,
+        &BrowserFrame::linkToggleActive);
+    QMenu* peek = view->addMenu(iconSymbol("square.stack"), QObject::tr("Peek Style"));
+    peek->setObjectName(QLatin1String(kPeekMenuName));
+    peek->setToolTipsVisible(true);
+    view->addSeparator();
+    QAction* hidden = item(view, QObject::tr("Show Hidden Files"), Shortcut::ToggleHidden, "eye", frame,
+        [frame] { SettingsActions::toggleHidden(frame->context()); });
+    hidden->setCheckable(true);
+    QObject::connect(view, &QMenu::aboutToShow, hidden, [hidden] { hidden->setChecked(Settings::current().showHidden); });
+    hidden->setChecked(Settings::current().showHidden);
+    settingsMenu(view, QObject::tr("Sort By"), "arrow.up.arrow.down", frame, SettingsActions::sortMenuFill);
+    settingsMenu(view, QObject::tr("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill);
+    view->addSeparator();
+    item(view, QObject::tr("Refresh"), Shortcut::Refresh, "arrow.clockwise", frame, &BrowserFrame::refresh);
+}
+
+void goMenu(QMenuBar* bar, BrowserFrame* frame)
+{
+    QMenu* go = bar->addMenu(QObject::tr("&Go"));
+    QAction* back = item(go, QObject::tr("Back"), Shortcut::Back, "chevron.left", frame, &BrowserFrame::goBack);
+    QAction* forward =
+        item(go, QObject::tr("Forward"), Shortcut::Forward, "chevron.right", frame, &BrowserFrame::goForward);
+    auto sync = [back, forward](bool canGoBack, bool canGoForward) {
+        back->setEnabled(canGoBack);
+        forward->setEnabled(canGoForward);
+    };
+    QObject::connect(frame, &BrowserFrame::historyChanged, back, sync);
+    sync(!frame->routed()->navHistory().empty(), !frame->routed()->forwardHistory().empty());
+    item(go, QObject::tr("Enclosing Folder"), Shortcut::EnclosingFolder, "arrow.up", frame, &BrowserFrame::goUp);
+    item(go, QObject::tr("Computer"), Shortcut::Computer, "desktopcomputer", frame, &BrowserFrame::goComputer);
+}
+
+void sidebarMenus(BrowserFrame* frame)
+{
+    SidebarView* sidebar = frame->sidebar();
+    sidebar->setMenuFill([frame](QMenu& menu, const std::string& path, SidebarRowKind kind) {
+        sidebarMenuFill(menu, *frame->routed(), path, kind);
+    });
+    QObject::connect(sidebar, &SidebarView::rowMoved, frame, [frame](const std::string& path, const std::string& target) {
+        ContextActions::sidebarMoveAction(*frame->routed(), path, target);
+    });
+}
+
 } // namespace
 
 void MenuSetup::install(BrowserFrame* frame)
 {
     QMenuBar* bar = frame->menuBar();
     bar->clear();
+    bar->setAccessibleName(QObject::tr("Menu bar"));
+    // Qt's own button for the menus that do not fit.
+    if (auto* more = bar->findChild<QToolButton*>(QStringLiteral("qt_menubar_ext_button"))) {
+        more->setAccessibleName(QObject::tr("More menus"));
+        more->setAccessibleDescription(QObject::tr("Shows the menus that do not fit"));
+    }
 
-    QMenu* app = bar->addMenu(QStringLiteral("Brondel"));
-    item(app, QStringLiteral("About Brondel"), {}, "info.circle", frame, [frame] {
-        QMessageBox::about(frame, QStringLiteral("About Brondel"), QStringLiteral("Brondel \u2014 native file manager"));
-    });
+    QMenu* app = bar->addMenu(QObject::tr("&Brondel"));
+    item(app, QObject::tr("About Brondel"), std::nullopt, "info.circle", frame, [frame] {
+        QMessageBox::about(frame, QObject::tr("About Brondel"), QObject::tr("Brondel \u2014 native file manager"));
+    })->setMenuRole(QAction::AboutRole);
     app->addSeparator();
-    item(app, QStringLiteral("Quit Brondel"), keys(Qt::CTRL | Qt::Key_Q), "power", frame,
-        [] { QApplication::closeAllWindows(); });
+    item(app, QObject::tr("Settings\u2026"), Shortcut::Settings, "gearshape", frame,
+        [frame] { settingsWindowShow(frame, frame->context()); })
+        ->setMenuRole(QAction::PreferencesRole);
+    item(app, QObject::tr("Manage Favorites\u2026"), std::nullopt, "star", frame,
+        [frame] { favoritesManagerShow(frame, frame->context()); });
+    app->addSeparator();
+    item(app, QObject::tr("Quit Brondel"), Shortcut::Quit, "power", frame, [] { QApplication::closeAllWindows(); })
+        ->setMenuRole(QAction::QuitRole);
 
-    QMenu* file = bar->addMenu(QStringLiteral("File"));
-    item(file, QStringLiteral("New Window"), keys(Qt::CTRL | Qt::Key_N), "macwindow.badge.plus", frame,
-        &BrowserFrame::newWindowRequested);
-    file->addSeparator();
-    item(file, QStringLiteral("Close Window"), keys(Qt::CTRL | Qt::Key_W), "xmark.circle.fill", frame,
-        [frame] { frame->close(); });
+    fileMenu(bar, frame);
 
-    QMenu* view = bar->addMenu(QStringLiteral("View"));
-    const std::pair<const char*, const char*> modes[] = {{"as Icons", "square.grid.2x2"}, {"as List", "list.bullet"},
-        {"as Columns", "rectangle.split.3x1"}, {"as Peek", "square.stack"}};
-    for (int i = 0; i < 4; ++i)
-        item(view, QString::fromLatin1(modes[i].first), keys(Qt::CTRL | Qt::Key(Qt::Key_1 + i)), modes[i].second, frame,
-            [frame, i] { frame->switchMode(ViewMode(i)); });
-    item(view, QStringLiteral("Split View Right"), keys(Qt::CTRL | Qt::Key_D), "rectangle.split.2x1", frame,
-        &BrowserFrame::addPane);
-    item(view, QStringLiteral("Split View Down"), keys(Qt::CTRL | Qt::SHIFT | Qt::Key_D), "rectangle.split.1x2", frame,
-        &BrowserFrame::splitPaneDown);
-    item(view, QStringLiteral("Close Split"), keys(Qt::CTRL | Qt::SHIFT | Qt::Key_W), "xmark.circle.fill", frame,
-        &BrowserFrame::closeActivePane);
-    item(view, QStringLiteral("Link Panes (Cable)"), keys(Qt::CTRL | Qt::ALT | Qt::Key_L), "cable.connector", frame,
-        &BrowserFrame::linkToggleActive);
-    view->addSeparator();
-    QAction* hidden = item(view, QStringLiteral("Show Hidden Files"), keys(Qt::CTRL | Qt::SHIFT | Qt::Key_Period), "eye",
-        frame, [frame] { SettingsActions::toggleHidden(frame->context()); });
-    hidden->setCheckable(true);
-    QObject::connect(view, &QMenu::aboutToShow, hidden, [hidden] { hidden->setChecked(Settings::current().showHidden); });
-    hidden->setChecked(Settings::current().showHidden);
-    settingsMenu(view, QStringLiteral("Sort By"), "arrow.up.arrow.down", frame, SettingsActions::sortMenuFill);
-    settingsMenu(view, QStringLiteral("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill);
+    QMenu* edit = bar->addMenu(QObject::tr("&Edit"));
+    item(edit, QObject::tr("Copy"), Shortcut::Copy, "doc.on.doc", frame, [frame] { copySelection(frame); });
+    item(edit, QObject::tr("Select All"), Shortcut::SelectAll, "checkmark.square", frame, [frame] { selectAll(frame); });
+
+    viewMenu(bar, frame);
     frame->toolbar()->setItemMenu(
-        "info", settingsMenu(nullptr, QStringLiteral("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill));
-    view->addSeparator();
-    item(view, QStringLiteral("Refresh"), keys(Qt::CTRL | Qt::Key_R), "arrow.clockwise", frame,
-        &BrowserFrame::refresh);
+        "info", settingsMenu(nullptr, QObject::tr("Show Info"), "info.circle", frame, SettingsActions::infoMenuFill));
+    goMenu(bar, frame);
 
-    QMenu* go = bar->addMenu(QStringLiteral("Go"));
-    item(go, QStringLiteral("Back"), keys(Qt::CTRL | Qt::Key_BracketLeft), "chevron.left", frame,
-        &BrowserFrame::goBack);
-    item(go, QStringLiteral("Forward"), keys(Qt::CTRL | Qt::Key_BracketRight), "chevron.right", frame,
-        &BrowserFrame::goForward);
-    item(go, QStringLiteral("Enclosing Folder"), keys(Qt::CTRL | Qt::Key_Up), "arrow.up", frame, &BrowserFrame::goUp);
-    item(go, QStringLiteral("Computer"), keys(Qt::CTRL | Qt::SHIFT | Qt::Key_C), "desktopcomputer", frame,
-        &BrowserFrame::goComputer);
-
-    QMenu* window = bar->addMenu(QStringLiteral("Window"));
-    item(window, QStringLiteral("Minimize"), keys(Qt::CTRL | Qt::Key_M), "minus.square", frame,
+    QMenu* window = bar->addMenu(QObject::tr("&Window"));
+    item(window, QObject::tr("Minimize"), Shortcut::Minimize, "minus.square", frame,
         [frame] { frame->showMinimized(); });
-    item(window, QStringLiteral("Zoom"), {}, "plus.square", frame,
+    item(window, QObject::tr("Zoom"), std::nullopt, "plus.square", frame,
         [frame] { frame->isMaximized() ? frame->showNormal() : frame->showMaximized(); });
+
+    sidebarMenus(frame);
+    textFieldKeysInstall();
+    refreshPeekStyle();
+}
+
+void MenuSetup::refreshPeekStyle()
+{
+    BrowserFrame* any = ContextActions::window();
+    if (!any)
+        return;
+    // The order file and the remembered style are read off the UI thread.
+    any->context().editQueue().submit(qApp, []() -> std::function<void()> {
+        std::vector<const LabVariant*> styles = peekOrderedTypes();
+        std::optional<std::string> current = peekStyleCurrent();
+        return [styles, current] {
+            for (BrowserFrame* frame : browserFrames())
+                if (auto* menu = frame->menuBar()->findChild<QMenu*>(QLatin1String(kPeekMenuName)))
+                    peekStyleFill(menu, frame, styles, current);
+        };
+    });
 }

@@ -72,15 +72,15 @@ void SettingsActions::sortMenuFill(QMenu& menu, const BrowserContext& context)
 {
     menu.clear();
     const BrondelSettings& settings = Settings::current();
-    const std::pair<const char*, const char*> keys[] = {
-        {"Name", "name"}, {"Date Modified", "date"}, {"Size", "size"}, {"Kind", "kind"}};
+    const std::pair<const char*, const char*> keys[] = {{QT_TR_NOOP("Name"), "name"},
+        {QT_TR_NOOP("Date Modified"), "date"}, {QT_TR_NOOP("Size"), "size"}, {QT_TR_NOOP("Kind"), "kind"}};
     const BrowserContext* where = &context;
     for (const auto& [title, key] : keys)
-        checkItem(menu, QString::fromLatin1(title), settings.sortBy == key,
+        checkItem(menu, QObject::tr(title), settings.sortBy == key,
             [where, key = std::string(key)] { setSort(*where, key); });
     menu.addSeparator();
-    checkItem(menu, QStringLiteral("Ascending"), settings.ascending, [where] { toggleAscending(*where); });
-    checkItem(menu, QStringLiteral("Folders First"), settings.foldersFirst, [where] { toggleFoldersFirst(*where); });
+    checkItem(menu, QObject::tr("Ascending"), settings.ascending, [where] { toggleAscending(*where); });
+    checkItem(menu, QObject::tr("Folders First"), settings.foldersFirst, [where] { toggleFoldersFirst(*where); });
 }
 
 void SettingsActions::infoMenuFill(QMenu& menu, const BrowserContext& context)

@@ -20,9 +20,9 @@ std::string workspaceFileUrl(const std::string& path)
     return "file://" + QByteArray::fromStdString(path).toPercentEncoding("/").toStdString();
 }
 
-void workspaceOpen(const std::string& path)
+bool workspaceOpen(const std::string& path)
 {
-    QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(workspaceFileUrl(path))));
+    return QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(workspaceFileUrl(path))));
 }
 
 void workspaceReveal(const std::string& path, std::function<void()> fallback)
@@ -45,9 +45,32 @@ void workspaceReveal(const std::string& path, std::function<void()> fallback)
         });
 }
 
+QString workspaceRevealTitle()
+{
+    return QObject::tr("Reveal in File Manager");
+}
+
 void workspaceCopyPath(const std::string& path)
 {
     auto* data = new QMimeData;
     data->setData(QStringLiteral("text/plain"), QByteArray::fromStdString(path));
+    QGuiApplication::clipboard()->setMimeData(data);
+}
+
+void workspaceCopyItems(const std::vector<std::string>& paths)
+{
+    QByteArray uris;
+    QByteArray text;
+    for (const std::string& path : paths) {
+        uris += QByteArray::fromStdString(workspaceFileUrl(path)) + "\r\n";
+        text += QByteArray::fromStdString(path) + "\n";
+    }
+    text.chop(1);
+    auto* data = new QMimeData;
+    data->setData(QStringLiteral("text/uri-list"), uris);
+    QByteArray gnome = "copy\n" + uris.trimmed().replace("\r\n", "\n");
+    data->setData(QStringLiteral("x-special/gnome-copied-files"), gnome);
+    data->setData(QStringLiteral("application/x-kde-cutselection"), "0");
+    data->setData(QStringLiteral("text/plain"), text);
     QGuiApplication::clipboard()->setMimeData(data);
 }

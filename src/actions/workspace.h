@@ -3,11 +3,15 @@
 // file manager, put a path on the clipboard. Platform-bound; nothing else in the
 // program talks to them.
 
+#include <QString>
+
 #include <functional>
 #include <string>
+#include <vector>
 
-// Opens the item at `path` with its default application.
-void workspaceOpen(const std::string& path);
+// Opens the item at `path` with its default application; false when the desktop has
+// nothing to open it with (or could not start it). Never waits for the application.
+bool workspaceOpen(const std::string& path);
 
 // Asks the desktop's file manager to show the item at `path` selected
 // (org.freedesktop.FileManager1.ShowItems on the session bus). Without a session bus, or
@@ -15,8 +19,16 @@ void workspaceOpen(const std::string& path);
 // waits for the answer.
 void workspaceReveal(const std::string& path, std::function<void()> fallback);
 
+// The title of the item that reveals: the platform's file manager by its usual name.
+QString workspaceRevealTitle();
+
 // Replaces the clipboard's content with `path` as plain text, byte for byte.
 void workspaceCopyPath(const std::string& path);
+
+// Puts items on the clipboard as other file managers exchange them: a URI list (also in
+// the GNOME and KDE forms, marked as copied, not cut) and their paths as plain text, one
+// a line.
+void workspaceCopyItems(const std::vector<std::string>& paths);
 
 // `path` as a file URL, every byte that is not a plain URL character percent-encoded,
 // so a name that is not valid UTF-8 survives.

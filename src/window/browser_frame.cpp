@@ -1,7 +1,6 @@
 #include "window/browser_frame.h"
 
 #include "actions/context_actions.h"
-#include "actions/workspace.h"
 #include "window/browser_toolbar.h"
 #include "window/cable_overlay.h"
 #include "window/drop_overlay.h"
@@ -259,13 +258,16 @@ void BrowserFrame::paneLocationChanged(BrondelWindow* pane)
 
 void BrowserFrame::syncHistory()
 {
-    m_toolbar->item("back")->setEnabled(!m_active->navHistory().empty());
-    m_toolbar->item("forward")->setEnabled(!m_active->forwardHistory().empty());
+    const bool canGoBack = !m_active->navHistory().empty();
+    const bool canGoForward = !m_active->forwardHistory().empty();
+    m_toolbar->item("back")->setEnabled(canGoBack);
+    m_toolbar->item("forward")->setEnabled(canGoForward);
+    emit historyChanged(canGoBack, canGoForward);
 }
 
 void BrowserFrame::openFile(const std::string& path)
 {
-    workspaceOpen(path);
+    ContextActions::openFile(this, path);
 }
 
 // ---- panes

@@ -71,6 +71,9 @@ public:
 
 signals:
     void newWindowRequested();
+    // Whether the active pane can go back and forward: on each of its steps and when
+    // another pane becomes the active one.
+    void historyChanged(bool canGoBack, bool canGoForward);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

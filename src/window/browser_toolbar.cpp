@@ -1,5 +1,6 @@
 #include "window/browser_toolbar.h"
 
+#include "window/shortcuts.h"
 #include "window/theme_icons.h"
 
 #include <QActionGroup>
@@ -8,32 +9,40 @@
 #include <QToolButton>
 
 BrowserToolbar::BrowserToolbar(QWidget* parent)
-    : QToolBar(QStringLiteral("Toolbar"), parent)
+    : QToolBar(tr("Toolbar"), parent)
 {
     setObjectName(QStringLiteral("BrowserToolbar"));
     setToolButtonStyle(Qt::ToolButtonIconOnly);
     setMovable(false);
     setIconSize(QSize(18, 18));
+    setAccessibleName(tr("Toolbar"));
 
-    connect(addItem("back", QStringLiteral("Back"), "chevron.left"), &QAction::triggered, this,
-        &BrowserToolbar::backTriggered);
-    connect(addItem("forward", QStringLiteral("Forward"), "chevron.right"), &QAction::triggered, this,
-        &BrowserToolbar::forwardTriggered);
+    connect(addItem("back", tr("Back"), shortcutTip(tr("Back"), Shortcut::Back),
+                tr("Goes back to the previous folder of the active pane"), "chevron.left"),
+        &QAction::triggered, this, &BrowserToolbar::backTriggered);
+    connect(addItem("forward", tr("Forward"), shortcutTip(tr("Forward"), Shortcut::Forward),
+                tr("Goes forward again in the active pane"), "chevron.right"),
+        &QAction::triggered, this, &BrowserToolbar::forwardTriggered);
     addSeparator();
 
     m_modes = new QActionGroup(this);
     m_modes->setObjectName(QStringLiteral("viewmode"));
     m_modes->setExclusive(true);
-    const std::pair<const char*, const char*> segments[] = {{"Icons", "square.grid.2x2"}, {"List", "list.bullet"},
-        {"Columns", "rectangle.split.3x1"}, {"Peek", "square.stack"}};
+    const std::tuple<const char*, const char*, Shortcut> segments[] = {
+        {QT_TR_NOOP("Icons"), "square.grid.2x2", Shortcut::AsIcons},
+        {QT_TR_NOOP("List"), "list.bullet", Shortcut::AsList},
+        {QT_TR_NOOP("Columns"), "rectangle.split.3x1", Shortcut::AsColumns},
+        {QT_TR_NOOP("Peek"), "square.stack", Shortcut::AsPeek}};
     int index = 0;
-    for (const auto& [label, symbol] : segments) {
-        QAction* segment = addAction(iconSymbol(symbol), QString::fromLatin1(label));
+    for (const auto& [label, symbol, keys] : segments) {
+        const QString shown = tr(label);
+        QAction* segment = addAction(iconSymbol(symbol), shown);
         segment->setObjectName(QStringLiteral("viewmode.") + QString::number(index));
-        segment->setToolTip(QStringLiteral("View: ") + QString::fromLatin1(label));
+        segment->setToolTip(shortcutTip(tr("View: %1").arg(shown), keys));
         segment->setCheckable(true);
         segment->setData(index++);
         m_modes->addAction(segment);
+        describe(segment, tr("View as %1").arg(shown), tr("Shows the active pane as %1").arg(shown));
     }
     syncMode(ViewMode::List);
     connect(m_modes, &QActionGroup::triggered, this,
@@ -43,19 +52,37 @@ BrowserToolbar::BrowserToolbar(QWidget* parent)
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     addWidget(space);
 
-    connect(addItem("split", QStringLiteral("Split View"), "rectangle.split.2x1"), &QAction::triggered, this,
-        &BrowserToolbar::splitTriggered);
-    addItem("info", QStringLiteral("Info"), "info.circle"); // its menu comes from the menu setup
-    connect(addItem("trash", QStringLiteral("Trash"), "trash"), &QAction::triggered, this,
-        &BrowserToolbar::trashTriggered);
+    connect(addItem("split", tr("Split View"), shortcutTip(tr("Split View"), Shortcut::SplitRight),
+                tr("Splits the active pane side by side"), "rectangle.split.2x1"),
+        &QAction::triggered, this, &BrowserToolbar::splitTriggered);
+    // Its menu comes from the menu setup.
+    addItem("info", tr("Info"), tr("Info"), tr("Chooses the size information shown beside items"), "info.circle");
+    connect(addItem("trash", tr("Trash"), shortcutTip(tr("Move to Trash"), Shortcut::Trash),
+                tr("Moves the selected items to the Trash"), "trash"),
+        &QAction::triggered, this, &BrowserToolbar::trashTriggered);
+    // Qt's own button for the items that do not fit.
+    if (auto* more = findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"))) {
+        more->setAccessibleName(tr("More"));
+        more->setAccessibleDescription(tr("Shows the toolbar items that do not fit"));
+    }
 }
 
-QAction* BrowserToolbar::addItem(const char* identifier, const QString& label, const char* symbol)
+QAction* BrowserToolbar::addItem(const char* identifier, const QString& label, const QString& tip,
+    const QString& description, const char* symbol)
 {
     QAction* action = addAction(iconSymbol(symbol), label);
     action->setObjectName(QString::fromLatin1(identifier));
-    action->setToolTip(label);
+    action->setToolTip(tip);
+    describe(action, label, description);
     return action;
+}
+
+void BrowserToolbar::describe(QAction* action, const QString& label, const QString& description)
+{
+    if (QWidget* button = widgetForAction(action)) {
+        button->setAccessibleName(label);
+        button->setAccessibleDescription(description);
+    }
 }
 
 QAction* BrowserToolbar::item(const char* identifier) const

@@ -30,6 +30,9 @@ signals:
     void trashTriggered();
 
 private:
-    QAction* addItem(const char* identifier, const QString& label, const char* symbol);
+    QAction* addItem(const char* identifier, const QString& label, const QString& tip, const QString& description,
+        const char* symbol);
+    // Names the button of `action` for screen readers.
+    void describe(QAction* action, const QString& label, const QString& description);
     QActionGroup* m_modes;
 };

@@ -9,8 +9,10 @@ JackView::JackView(QWidget* parent)
 {
     setFixedSize(sizeHint());
     setCursor(Qt::OpenHandCursor);
-    setToolTip(QStringLiteral("Cable: drag from this jack to another pane's jack. This pane = FROM (browses), "
-                              "target = TO (shows what you open). Click to detach; right-click for options."));
+    setToolTip(tr("Cable: drag from this jack to another pane's jack. This pane = FROM (browses), "
+                  "target = TO (shows what you open). Click to detach; right-click for options."));
+    setAccessibleName(tr("Cable jack"));
+    setAccessibleDescription(tr("Links this pane to another one, which then shows what this pane opens"));
 }
 
 void JackView::setState(bool linked, QColor color)

@@ -1,6 +1,7 @@
 #include "window/pane_header.h"
 
 #include "window/jack_view.h"
+#include "window/shortcuts.h"
 #include "window/theme_icons.h"
 
 #include <QButtonGroup>
@@ -13,11 +14,14 @@
 
 namespace {
 
-QToolButton* toolButton(QWidget* parent, const char* symbol, const QString& tip)
+QToolButton* toolButton(QWidget* parent, const char* symbol, const QString& name, const QString& tip,
+    const QString& description)
 {
     auto* button = new QToolButton(parent);
     button->setIcon(iconSymbol(symbol));
     button->setToolTip(tip);
+    button->setAccessibleName(name);
+    button->setAccessibleDescription(description);
     button->setAutoRaise(true);
     button->setIconSize(QSize(14, 14));
     return button;
@@ -44,11 +48,15 @@ PaneHeader::PaneHeader(QWidget* parent)
 
     m_seg = new QButtonGroup(this);
     m_seg->setExclusive(true);
-    const std::pair<ViewMode, const char*> segments[] = {{ViewMode::Icon, "square.grid.2x2"},
-        {ViewMode::List, "list.bullet"}, {ViewMode::Column, "rectangle.split.3x1"}, {ViewMode::Peek, "square.stack"}};
-    const char* names[] = {"Icons", "List", "Columns", "Peek"};
-    for (const auto& [mode, symbol] : segments) {
-        auto* button = toolButton(this, symbol, QString::fromLatin1(names[int(mode)]));
+    const std::tuple<ViewMode, const char*, const char*, Shortcut> segments[] = {
+        {ViewMode::Icon, "square.grid.2x2", QT_TR_NOOP("Icons"), Shortcut::AsIcons},
+        {ViewMode::List, "list.bullet", QT_TR_NOOP("List"), Shortcut::AsList},
+        {ViewMode::Column, "rectangle.split.3x1", QT_TR_NOOP("Columns"), Shortcut::AsColumns},
+        {ViewMode::Peek, "square.stack", QT_TR_NOOP("Peek"), Shortcut::AsPeek}};
+    for (const auto& [mode, symbol, name, keys] : segments) {
+        const QString shown = tr(name);
+        auto* button = toolButton(this, symbol, tr("View as %1").arg(shown), shortcutTip(shown, keys),
+            tr("Shows this pane as %1").arg(shown));
         button->setCheckable(true);
         m_seg->addButton(button, int(mode));
         row->addWidget(button);
@@ -56,11 +64,16 @@ PaneHeader::PaneHeader(QWidget* parent)
     connect(m_seg, &QButtonGroup::idClicked, this, [this](int id) { emit modeChosen(ViewMode(id)); });
     row->addSpacing(6);
 
-    auto* right = toolButton(this, "rectangle.split.2x1", QStringLiteral("Split right"));
-    auto* down = toolButton(this, "rectangle.split.1x2", QStringLiteral("Split down"));
-    auto* close = toolButton(this, "xmark.circle.fill", QStringLiteral("Close pane"));
-    close->setWhatsThis(QStringLiteral("Close this split (\u21e7\u2318W)"));
-    close->setStatusTip(QStringLiteral("Close this split (\u21e7\u2318W)"));
+    // The keys in the tips are those of the active pane's commands, which these buttons
+    // do for this pane.
+    auto* right = toolButton(this, "rectangle.split.2x1", tr("Split right"),
+        shortcutTip(tr("Split right"), Shortcut::SplitRight), tr("Splits this pane side by side"));
+    auto* down = toolButton(this, "rectangle.split.1x2", tr("Split down"),
+        shortcutTip(tr("Split down"), Shortcut::SplitDown), tr("Splits this pane into two, one above the other"));
+    auto* close = toolButton(this, "xmark.circle.fill", tr("Close pane"),
+        shortcutTip(tr("Close pane"), Shortcut::CloseSplit), tr("Closes this split"));
+    close->setWhatsThis(shortcutTip(tr("Close this split"), Shortcut::CloseSplit));
+    close->setStatusTip(shortcutTip(tr("Close this split"), Shortcut::CloseSplit));
     row->addWidget(right);
     row->addWidget(down);
     row->addWidget(close);

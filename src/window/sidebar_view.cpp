@@ -6,7 +6,10 @@
 #include "window/scan_service.h"
 #include "window/theme_icons.h"
 
+#include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QFile>
+#include <QMenu>
 
 #include <algorithm>
 #include <QHeaderView>
@@ -35,11 +38,19 @@ SidebarView::SidebarView(ScanService* scans, QWidget* parent)
     setFixedWidth(200);
     setIconSize(QSize(16, 16));
     setSelectionMode(QAbstractItemView::SingleSelection);
-    connect(this, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
+    setAccessibleName(tr("Sidebar"));
+    setAccessibleDescription(tr("Favourite folders, the computer and the drives"));
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(true);
+    setDragDropMode(QAbstractItemView::InternalMove);
+    const auto choose = [this](QTreeWidgetItem* item) {
         std::string path = pathOf(item);
         if (!path.empty())
             emit locationChosen(path);
-    });
+    };
+    connect(this, &QTreeWidget::itemClicked, this, choose);
+    connect(this, &QTreeWidget::itemActivated, this, choose); // Return on a row, too
     // A drive may stop (or start again) answering at any time: the watchdog remembers
     // it, and asking it costs no system call.
     m_badgeCheck.setInterval(kBadgeCheckMs);
@@ -67,13 +78,90 @@ void SidebarView::updateBadges(const std::vector<std::string>& stuck)
         const QString name = item->data(0, kDriveNameRole).toString();
         item->setText(0, notResponding ? name + QStringLiteral(" (%1)").arg(QLatin1String(kNotRespondingText)) : name);
         item->setIcon(0, iconSymbol(notResponding ? "exclamationmark.triangle" : "externaldrive"));
-        item->setToolTip(0, notResponding ? decode(path) + QStringLiteral(" does not respond") : decode(path));
+        item->setToolTip(0, notResponding ? tr("%1 does not respond").arg(decode(path)) : decode(path));
     }
 }
 
 std::string SidebarView::pathOf(const QTreeWidgetItem* item)
 {
     return item ? item->data(0, kPathRole).toByteArray().toStdString() : std::string();
+}
+
+SidebarRowKind SidebarView::kindOf(const QTreeWidgetItem* item)
+{
+    if (!item)
+        return SidebarRowKind::Other;
+    const QTreeWidget* tree = item->treeWidget();
+    const QTreeWidgetItem* top = tree ? tree->topLevelItem(0) : nullptr;
+    if (item == top)
+        return SidebarRowKind::Title;
+    return item->parent() && item->parent() == top ? SidebarRowKind::Entry : SidebarRowKind::Other;
+}
+
+std::unique_ptr<QMenu> SidebarView::menuAt(QPoint pos)
+{
+    QTreeWidgetItem* item = itemAt(pos);
+    if (!item || !m_menuFill)
+        return nullptr;
+    auto menu = std::make_unique<QMenu>(this);
+    m_menuFill(*menu, pathOf(item), kindOf(item));
+    if (menu->isEmpty())
+        return nullptr;
+    return menu;
+}
+
+void SidebarView::contextMenuEvent(QContextMenuEvent* event)
+{
+    // The menu key opens the menu of the current row; a click, that of the row under it
+    // (the event comes through the viewport, in its coordinates).
+    const QPoint at = event->reason() == QContextMenuEvent::Keyboard && currentItem()
+        ? visualItemRect(currentItem()).center()
+        : event->pos();
+    // popup, not exec: a reload landing meanwhile rebuilds the rows under the menu.
+    std::unique_ptr<QMenu> menu = menuAt(at);
+    if (!menu)
+        return;
+    QMenu* shown = menu.release();
+    shown->setAttribute(Qt::WA_DeleteOnClose);
+    shown->popup(viewport()->mapToGlobal(at));
+}
+
+QTreeWidgetItem* SidebarView::entryAt(QPoint pos) const
+{
+    QTreeWidgetItem* item = itemAt(pos);
+    return kindOf(item) == SidebarRowKind::Entry ? item : nullptr;
+}
+
+void SidebarView::dragMoveEvent(QDragMoveEvent* event)
+{
+    // Rows move only within the top section; the drives are not the file's to order.
+    if (event->source() != this || kindOf(currentItem()) != SidebarRowKind::Entry
+        || !entryAt(event->position().toPoint())) {
+        event->ignore();
+        return;
+    }
+    QTreeWidget::dragMoveEvent(event);
+}
+
+void SidebarView::dropEvent(QDropEvent* event)
+{
+    QTreeWidgetItem* target = entryAt(event->position().toPoint());
+    QTreeWidgetItem* dragged = currentItem();
+    // The view never moves the rows itself: the file is changed, then read again.
+    event->setDropAction(Qt::IgnoreAction);
+    event->accept();
+    if (!target || kindOf(dragged) != SidebarRowKind::Entry)
+        return;
+    QTreeWidgetItem* top = topLevelItem(0);
+    moveRow(top->indexOfChild(dragged), top->indexOfChild(target));
+}
+
+void SidebarView::moveRow(int from, int to)
+{
+    QTreeWidgetItem* top = topLevelItem(0);
+    if (!top || from == to || from < 0 || to < 0 || from >= top->childCount() || to >= top->childCount())
+        return;
+    emit rowMoved(pathOf(top->child(from)), pathOf(top->child(to)));
 }
 
 QTreeWidgetItem* SidebarView::section(const QString& title)
@@ -132,8 +220,8 @@ void SidebarView::fill(const SidebarSection& top, const std::vector<BridgeDrive>
     QTreeWidgetItem* places = section(decode(top.title));
     for (const auto& item : top.items)
         row(places, decode(item.name), item.path, item.path == homeDir() ? "house" : "folder");
-    QTreeWidgetItem* computer = section(QStringLiteral("Computer"));
-    row(computer, QStringLiteral("Computer"), "/", "desktopcomputer");
+    QTreeWidgetItem* computer = section(tr("Computer"));
+    row(computer, tr("Computer"), "/", "desktopcomputer");
     std::vector<std::string> stuck;
     for (const auto& drive : drives) {
         row(computer, decode(drive.name), drive.path, "externaldrive")->setData(0, kDriveNameRole, decode(drive.name));

@@ -1,16 +1,25 @@
 #pragma once
 // The window's sidebar: the top section from the sidebar file, then the computer and the
 // mounted drives, each badged "not responding" while its mount does not answer. A click
-// goes to the row's folder; the row of the shown location is selected.
+// goes to the row's folder; the row of the shown location is selected. A right-click
+// opens the menu the window fills for the row; the top section's rows are reordered by
+// dragging them, which the window writes to the sidebar file.
 
 #include "window/core_bridge.h"
 
 #include <QTimer>
 #include <QTreeWidget>
 
+#include <functional>
+#include <memory>
 #include <string>
 
+class QMenu;
 class ScanService;
+
+// A row of the top section (from the sidebar file), the top section's title, or any
+// other row (the computer, a drive, their title).
+enum class SidebarRowKind { Title, Entry, Other };
 
 class SidebarView : public QTreeWidget {
     Q_OBJECT
@@ -25,9 +34,25 @@ public:
     static std::string pathOf(const QTreeWidgetItem* item);
     // Whether a drive row carries the "not responding" badge.
     static bool badged(const QTreeWidgetItem* item);
+    static SidebarRowKind kindOf(const QTreeWidgetItem* item);
+
+    using MenuFill = std::function<void(QMenu&, const std::string& path, SidebarRowKind kind)>;
+    void setMenuFill(MenuFill fill) { m_menuFill = std::move(fill); }
+    // The menu of the row at `pos` (viewport coordinates); null when there is nothing to offer.
+    std::unique_ptr<QMenu> menuAt(QPoint pos);
+    // Moves the top section's row `from` to the place of row `to` (a finished drag):
+    // emits rowMoved; the rows themselves change when the file is read again.
+    void moveRow(int from, int to);
 
 signals:
     void locationChosen(const std::string& path);
+    // The top section's row of `path` was dragged to the place of the row of `target`.
+    void rowMoved(const std::string& path, const std::string& target);
+
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void fill(const SidebarSection& top, const std::vector<BridgeDrive>& drives);
@@ -37,7 +62,11 @@ private:
     QTreeWidgetItem* section(const QString& title);
     QTreeWidgetItem* row(QTreeWidgetItem* section, const QString& name, const std::string& path, const char* symbol);
 
+    // The top section's row under `pos` while dragging, or null.
+    QTreeWidgetItem* entryAt(QPoint pos) const;
+
     ScanService* m_scans;
+    MenuFill m_menuFill;
     std::string m_selected;
     int m_generation = 0;
     // The two halves as last read (until the first reads land: the defaults, no drives).

@@ -17,9 +17,11 @@ namespace {
 const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable()
 {
     static const std::vector<std::pair<const char*, std::vector<const char*>>> table = {
-        {"chevron.left", {"go-previous", "go-previous-symbolic"}},
-        {"chevron.right", {"go-next", "go-next-symbolic"}},
-        {"arrow.up", {"go-up", "go-up-symbolic"}},
+        // Adwaita draws its full-colour arrows pale grey, which reads as a disabled
+        // button: its dark symbolic arrows come first.
+        {"chevron.left", {"go-previous-symbolic", "go-previous"}},
+        {"chevron.right", {"go-next-symbolic", "go-next"}},
+        {"arrow.up", {"go-up-symbolic", "go-up"}},
         {"desktopcomputer", {"computer", "computer-symbolic"}},
         {"square.grid.2x2", {"view-grid", "view-grid-symbolic", "view-app-grid-symbolic"}},
         {"list.bullet", {"view-list", "view-list-symbolic"}},
@@ -47,6 +49,9 @@ const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable
         {"plus.square", {"window-maximize", "window-maximize-symbolic"}},
         {"doc.on.doc", {"edit-copy", "edit-copy-symbolic"}},
         {"checkmark.square", {"edit-select-all", "edit-select-all-symbolic"}},
+        {"folder.badge.plus", {"folder-new", "folder-new-symbolic"}},
+        {"arrow.up.forward.app", {"document-open", "document-open-symbolic"}},
+        {"star.slash", {"non-starred", "non-starred-symbolic"}},
     };
     return table;
 }

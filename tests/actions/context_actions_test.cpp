@@ -6,8 +6,12 @@
 #include "../window/gui_test_main.h"
 #include "actions/action_dialogs.h"
 #include "actions/context_actions.h"
+#include "actions/context_menu.h"
+#include "actions/menu_setup.h"
 #include "config/config_file.h"
+#include "config/palette.h"
 #include "config/pinned_file.h"
+#include "config/sidebar_file.h"
 #include "fs/file_io.h"
 #include "config/recents.h"
 #include "fs/paths.h"
@@ -16,8 +20,10 @@
 #include "views/list_view.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
+#include "window/sidebar_view.h"
 
 #include <QClipboard>
+#include <QDir>
 #include <QFileInfo>
 #include <QMenu>
 
@@ -41,6 +47,40 @@ QAction* action(QMenu* menu, const QString& text)
     return nullptr;
 }
 
+QMenu* submenu(QMenu* menu, const QString& text)
+{
+    QAction* a = action(menu, text);
+    return a ? a->menu() : nullptr;
+}
+
+MenuPayload payloadOf(QAction* a)
+{
+    return a->data().value<MenuPayload>();
+}
+
+DirNode nodeAt(const std::string& path, bool isDir)
+{
+    DirNode node;
+    node.path = path;
+    node.name = path.substr(path.rfind('/') + 1);
+    node.isDir = isDir;
+    return node;
+}
+
+// Replaces the modal dialogs for one test.
+struct DialogStandIns {
+    ActionDialogs real = ActionDialogs::current();
+    std::vector<QString> alerts;
+    DialogStandIns(std::optional<QString> answer, QStringList chosen = {})
+    {
+        auto& dialogs = ActionDialogs::current();
+        dialogs.alert = [this](QWidget*, const QString& text, const QString&) { alerts.push_back(text); };
+        dialogs.prompt = [answer](QWidget*, const QString&, const QString&, const QString&) { return answer; };
+        dialogs.chooseFolders = [chosen](QWidget*, const QString&) { return chosen; };
+    }
+    ~DialogStandIns() { ActionDialogs::current() = real; }
+};
+
 QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
 {
     for (int row = 0; row < model.rowCount(); ++row) {
@@ -51,9 +91,11 @@ QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
     return {};
 }
 
-const QString kFileMenu = QStringLiteral("Open|-|Reveal in Finder|Copy Path|-|Move to Trash");
+const QString kFileMenu = QStringLiteral("Open|-|Reveal in File Manager|Copy Path|-|Move to Trash");
+const QString kFolderMenu = QStringLiteral(
+    "Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to Sidebar|Add to Favorites|-|Move to Trash");
 const QString kSectionMenu = QStringLiteral(
-    "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|-|New Section\u2026|Remove Section");
+    "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|Color|-|New Section\u2026|Remove Section");
 const QString kBackgroundMenu = QStringLiteral(
     "New Folder|New Favorites Section\u2026|Add This Folder to Favorites|Manage Favorites\u2026|Refresh");
 
@@ -111,6 +153,13 @@ struct Fixture {
 class ContextActionsTest : public QObject {
     Q_OBJECT
 private slots:
+    void init()
+    {
+        // Every test starts without favourites or sidebar file.
+        QFile::remove(QString::fromStdString(pinnedFilePath()));
+        QFile::remove(QString::fromStdString(sidebarFilePath()));
+    }
+
     void menusOfRowsHeadersAndEmptySpace_data()
     {
         QTest::addColumn<int>("mode");
@@ -119,7 +168,7 @@ private slots:
         for (auto [mode, name] : {std::pair{ViewMode::List, "list"}, {ViewMode::Column, "column"}}) {
             QByteArray tag(name);
             QTest::newRow(tag + " file") << int(mode) << "d.txt" << kFileMenu;
-            QTest::newRow(tag + " folder") << int(mode) << "a" << kFileMenu;
+            QTest::newRow(tag + " folder") << int(mode) << "a" << kFolderMenu;
             QTest::newRow(tag + " section") << int(mode) << "Work" << kSectionMenu;
             QTest::newRow(tag + " recent") << int(mode) << "Recent" << QStringLiteral("Clear Recents");
             QTest::newRow(tag + " empty") << int(mode) << "" << kBackgroundMenu;
@@ -137,7 +186,7 @@ private slots:
         QCOMPARE(menuText(built.get()), menu);
         // A row's menu acts on that row alone: it is selected first; headers never are.
         std::vector<std::string> selected = f.pane()->selectedPaths();
-        if (menu == kFileMenu)
+        if (menu == kFileMenu || menu == kFolderMenu)
             QCOMPARE(selected.size(), size_t(1));
         else if (!row.isEmpty())
             QVERIFY(selected.empty());
@@ -286,6 +335,184 @@ private slots:
         QTest::qWait(20);
         QCOMPARE(alerts.size(), size_t(1));
         alert = realAlert;
+    }
+
+    void fullAndCompactMenusOfFilesAndFolders_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("isDir");
+        QTest::addColumn<bool>("compact");
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("sections");
+        const QString head = QStringLiteral("Open|Open in New Window|-|Reveal in File Manager|Copy Path");
+        QTest::newRow("file") << "/w/d.txt" << false << false << kFileMenu << "";
+        QTest::newRow("file, compact") << "/w/d.txt" << false << true
+                                       << "Open|-|Reveal in File Manager|Copy Path" << "";
+        QTest::newRow("folder in no section")
+            << "/elsewhere" << true << false << head + "|-|Add to Sidebar|Add to Favorites|-|Move to Trash"
+            << "Favorites|Work|-|New Section\u2026";
+        QTest::newRow("folder in no section, compact") << "/elsewhere" << true << true << head << "";
+        QTest::newRow("folder in Work")
+            << "/w1" << true << false
+            << head + "|-|Add to Sidebar|Move to Section|Move Up in Favorites|Move Down in Favorites|"
+                      "Remove from Favorites|-|Move to Trash"
+            << "Favorites|-|New Section\u2026";
+        QTest::newRow("folder in Work, compact") << "/w1" << true << true << head << "";
+    }
+
+    void fullAndCompactMenusOfFilesAndFolders()
+    {
+        QFETCH(QString, path);
+        QFETCH(bool, isDir);
+        QFETCH(bool, compact);
+        QFETCH(QString, menu);
+        QFETCH(QString, sections);
+        Fixture f;
+        QMenu built;
+        built.addAction(QStringLiteral("stale"));
+        contextFill(built, *f.pane(), nodeAt(path.toStdString(), isDir), compact ? MenuForm::Compact : MenuForm::Full);
+        QCOMPARE(menuText(&built), menu);
+        for (QAction* a : built.actions())
+            if (!a->isSeparator() && !a->menu())
+                QCOMPARE(payloadOf(a).path, path.toStdString());
+        QMenu* block = submenu(&built, QStringLiteral("Add to Favorites"));
+        if (!block)
+            block = submenu(&built, QStringLiteral("Move to Section"));
+        QCOMPARE(block ? menuText(block) : QString(), sections);
+        if (QAction* up = action(&built, QStringLiteral("Move Up in Favorites"))) {
+            QCOMPARE(payloadOf(up).delta, int64_t(-1));
+            QCOMPARE(payloadOf(action(&built, QStringLiteral("Move Down in Favorites"))).delta, int64_t(1));
+            QCOMPARE(payloadOf(up).section, std::optional<std::string>("Work"));
+        }
+        if (QAction* work = block ? action(block, QStringLiteral("Work")) : nullptr)
+            QCOMPARE(payloadOf(work).section, std::optional<std::string>("Work"));
+    }
+
+    void favoritesBlockEditsTheFavoritesFile()
+    {
+        Fixture f;
+        DialogStandIns dialogs(QStringLiteral("Fresh"));
+        pinnedAddSection("Work");
+        const std::string a = f.tree.path("root/a");
+        auto fill = [&] {
+            auto menu = std::make_unique<QMenu>();
+            contextFill(*menu, *f.pane(), nodeAt(a, true));
+            return menu;
+        };
+        auto settle = [&] {
+            const size_t before = f.t.scans.count();
+            QTRY_VERIFY(f.t.scans.count() > before); // each edit reloads the window
+            f.t.scans.finishAll();
+        };
+        auto menu = fill();
+        action(submenu(menu.get(), QStringLiteral("Add to Favorites")), QStringLiteral("Work"))->trigger();
+        settle();
+        QCOMPARE(pinnedSectionOf(a), std::optional<std::string>("Work"));
+        // The menu is made from the headers the pane read, which the stand-in gives.
+        f.t.headers = {testHeader("Work", "pinned:/Work", {f.tree.path("root/z"), a})};
+        f.pane()->reload();
+        QTRY_COMPARE(f.pane()->headers().size(), size_t(1));
+        menu = fill();
+        action(submenu(menu.get(), QStringLiteral("Move to Section")), QStringLiteral("Favorites"))->trigger();
+        settle();
+        QCOMPARE(pinnedSectionOf(a), std::optional<std::string>("Favorites"));
+        menu = fill();
+        action(submenu(menu.get(), QStringLiteral("Move to Section")), QStringLiteral("New Section\u2026"))->trigger();
+        settle();
+        QCOMPARE(pinnedSectionOf(a), std::optional<std::string>("Fresh"));
+        const std::string b = f.tree.dir("root/b");
+        pinnedAdd(b, "Fresh");
+        menu = fill();
+        action(menu.get(), QStringLiteral("Move Down in Favorites"))->trigger();
+        settle();
+        QCOMPARE(expandTilde(pinnedRead().secs.back().paths.front()), b);
+        menu = fill();
+        action(menu.get(), QStringLiteral("Remove from Favorites"))->trigger();
+        settle();
+        QVERIFY(!pinnedSectionOf(a));
+        menu = fill();
+        action(menu.get(), QStringLiteral("Add to Sidebar"))->trigger();
+        settle();
+        QCOMPARE(expandTilde(sidebarRead().paths.back()), a);
+    }
+
+    void sectionDeleteAndColors()
+    {
+        Fixture f;
+        pinnedAddSection("Work");
+        pinnedAddSection("Play");
+        auto menu = f.listMenu(QStringLiteral("Work"));
+        QMenu* colors = submenu(menu.get(), QStringLiteral("Color"));
+        QVERIFY(colors);
+        // The palette arrives from a background read, in front of the fixed items.
+        QTRY_COMPARE(colors->actions().size(), 8 + 4);
+        QCOMPARE(menuText(colors).section(QLatin1Char('|'), 7),
+            QStringLiteral("Red|-|Custom\u2026|Edit Palette\u2026|Automatic"));
+        action(colors, QStringLiteral("Orange"))->trigger();
+        QTRY_COMPARE(pinnedRead().secs[0].color, std::optional(0.08));
+        action(colors, QStringLiteral("Automatic"))->trigger();
+        QTRY_VERIFY(!pinnedRead().secs[0].color);
+
+        action(menu.get(), QStringLiteral("Remove Section"))->trigger();
+        QTRY_COMPARE(pinnedSectionTitles(), (std::vector<std::string>{"Favorites", "Play"}));
+    }
+
+    void colourPanelPicksWriteAtOnceAndRefreshOnce()
+    {
+        Fixture f;
+        pinnedAddSection("Work");
+        f.t.scans.finishAll();
+        f.t.fireDeferred();
+        const size_t before = f.t.scans.count();
+        const std::vector<QColor> picks = {Qt::red, Qt::green, Qt::blue, Qt::yellow, Qt::magenta};
+        for (const QColor& color : picks) {
+            ContextActions::colorPicked(*f.pane(), "Work", color);
+            const double hue = color.hsvHueF();
+            QTRY_VERIFY(pinnedRead().secs[0].color && std::abs(*pinnedRead().secs[0].color - hue) < 1e-6);
+        }
+        QCOMPARE(f.t.scans.count(), before); // nothing refreshed yet
+        QCOMPARE(f.t.deferred.size(), picks.size());
+        f.t.fireDeferred(); // 0.15 s later: only the last pick's refresh goes ahead
+        QCOMPARE(f.t.scans.count(), before + 1);
+    }
+
+    void sidebarMenuAndDragEditTheSidebarFile()
+    {
+        Fixture f;
+        for (const char* name : {"Desktop", "Documents"})
+            QDir(QString::fromStdString(testHome())).mkpath(QString::fromLatin1(name));
+        sidebarWrite("Favorites", {"~", "~/Desktop", "~/Documents", "~/Downloads"});
+        MenuSetup::install(f.frame.get());
+        SidebarView* sidebar = f.frame->sidebar();
+        sidebar->reload();
+        QTRY_COMPARE(sidebar->topLevelItem(0)->childCount(), 3);
+        const std::string extra = f.tree.dir("extra");
+        DialogStandIns dialogs(QStringLiteral("Places"), {QString::fromStdString(extra)});
+        auto menuOf = [&](QTreeWidgetItem* row) { return sidebar->menuAt(sidebar->visualItemRect(row).center()); };
+
+        auto menu = menuOf(sidebar->topLevelItem(0)->child(0));
+        QCOMPARE(menuText(menu.get()), QStringLiteral("Open in New Window|-|Remove from Sidebar|Move Up|Move Down|-|"
+                                                      "Rename Section\u2026|Add Folder\u2026"));
+        QCOMPARE(menuText(menuOf(sidebar->topLevelItem(0)).get()),
+            QStringLiteral("Rename Section\u2026|Add Folder\u2026"));
+        action(menu.get(), QStringLiteral("Move Down"))->trigger();
+        QTRY_COMPARE(sidebarRead().paths,
+            (std::vector<std::string>{"~/Desktop", "~", "~/Documents", "~/Downloads"}));
+        action(menu.get(), QStringLiteral("Rename Section\u2026"))->trigger();
+        QTRY_COMPARE(sidebarRead().title, std::string("Places"));
+        action(menu.get(), QStringLiteral("Add Folder\u2026"))->trigger();
+        QTRY_COMPARE(sidebarRead().paths.size(), size_t(5));
+        action(menu.get(), QStringLiteral("Remove from Sidebar"))->trigger();
+        QTRY_COMPARE(sidebarRead().paths.size(), size_t(4));
+        QCOMPARE(expandTilde(sidebarRead().paths.back()), extra);
+
+        // A drag of the first row onto the third moves it there, the rows between move up.
+        sidebarWrite("Favorites", {"~", "~/Desktop", "~/Documents", "~/Downloads"});
+        sidebar->reload();
+        QTRY_COMPARE(SidebarView::pathOf(sidebar->topLevelItem(0)->child(0)), testHome());
+        sidebar->moveRow(0, 2);
+        QTRY_COMPARE(sidebarRead().paths,
+            (std::vector<std::string>{"~/Desktop", "~/Documents", "~", "~/Downloads"}));
     }
 };
 

@@ -33,7 +33,7 @@ QMenu* submenu(QMenu* menu, const QString& text)
 QMenu* topMenu(QMenuBar* bar, const QString& title)
 {
     for (QAction* a : bar->actions())
-        if (a->text() == title)
+        if (a->text().remove(QLatin1Char('&')) == title) // titles carry their mnemonics
             return a->menu();
     return nullptr;
 }

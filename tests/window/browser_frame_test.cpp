@@ -234,6 +234,25 @@ private slots:
         QCOMPARE(t.scans.count(), size_t(3)); // one reload per pane
     }
 
+    void enabledArrowsLookEnabled()
+    {
+        // An enabled arrow is drawn in a dark ink: a pale one reads as a disabled button.
+        auto ink = [](const QIcon& icon) {
+            const QImage image = icon.pixmap(16, 16).toImage();
+            double dark = 0, cover = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x) {
+                    const QColor c = image.pixelColor(x, y);
+                    dark += c.alphaF() * (1.0 - c.lightnessF());
+                    cover += c.alphaF();
+                }
+            return cover > 0 ? dark / cover : 0.0;
+        };
+        for (const char* symbol : {"chevron.left", "chevron.right", "arrow.up"}) {
+            QVERIFY2(ink(iconSymbol(symbol)) > 0.6, symbol);
+        }
+    }
+
     void everyToolbarAndMenuIconIsDrawn()
     {
         TestContext t;

@@ -34,6 +34,11 @@ private slots:
         QCOMPARE(chosen.at(0).at(0).value<std::string>(), testHome() + "/Documents");
         emit sidebar.itemClicked(places, 0); // a section title goes nowhere
         QCOMPARE(chosen.count(), 1);
+        // The keyboard goes there too: Return on the current row.
+        sidebar.setCurrentItem(places->child(0));
+        QTest::keyClick(sidebar.viewport(), Qt::Key_Return);
+        QCOMPARE(chosen.count(), 2);
+        QCOMPARE(chosen.at(1).at(0).value<std::string>(), testHome());
 
         sidebar.select("/");
         QVERIFY(computer->isSelected());
