@@ -1,6 +1,6 @@
 #include "views/column_source.h"
 
-#include "window/theme_icons.h"
+#include "window/file_icons.h"
 
 #include <QFile>
 
@@ -48,6 +48,6 @@ QVariant ColumnSource::data(const QModelIndex& index, int role) const
     if (node.isSectionHeader)
         return headerStyle(node, role);
     if (role == Qt::DecorationRole)
-        return iconForNode(node);
+        return fileIconFor(node);
     return {};
 }

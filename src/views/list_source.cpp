@@ -1,7 +1,7 @@
 #include "views/list_source.h"
 
 #include "fs/fmt.h"
-#include "window/theme_icons.h"
+#include "window/file_icons.h"
 
 #include <QFile>
 
@@ -43,7 +43,7 @@ QVariant ListSource::data(const QModelIndex& index, int role) const
         return headerStyle(node, role);
     }
     if (role == Qt::DecorationRole && index.column() == Name)
-        return iconForNode(node);
+        return fileIconFor(node);
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
         return {};
     switch (index.column()) {
