@@ -28,10 +28,29 @@ QString decode(const std::string& text)
     return QFile::decodeName(QByteArray::fromStdString(text));
 }
 
+struct TrashFailure {
+    std::string path;
+    int error = 0;
+};
+
+// One alert for all the items that stayed where they were.
+void trashAlert(QWidget* parent, const std::vector<TrashFailure>& failed)
+{
+    QStringList lines;
+    for (const auto& failure : failed)
+        lines << (failed.size() == 1
+                ? decode(failure.path)
+                : decode(failure.path) + QStringLiteral(": ") + QString::fromStdString(TrashOp::describe(failure.error)));
+    ActionDialogs::current().alert(parent, QString::fromStdString(TrashOp::describe(failed.front().error)),
+        lines.join(QLatin1Char('\n')));
+}
+
+} // namespace
+
 // The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
 // survive the trip through QString, so a component that does not exist as encoded is
 // looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
-std::string chosenPathBytes(const QString& chosen)
+std::string actionChosenPathBytes(const QString& chosen)
 {
     const std::string encoded = QFile::encodeName(chosen).toStdString();
     struct stat st;
@@ -58,25 +77,6 @@ std::string chosenPathBytes(const QString& chosen)
     }
     return path.empty() ? encoded : path;
 }
-
-struct TrashFailure {
-    std::string path;
-    int error = 0;
-};
-
-// One alert for all the items that stayed where they were.
-void trashAlert(QWidget* parent, const std::vector<TrashFailure>& failed)
-{
-    QStringList lines;
-    for (const auto& failure : failed)
-        lines << (failed.size() == 1
-                ? decode(failure.path)
-                : decode(failure.path) + QStringLiteral(": ") + QString::fromStdString(TrashOp::describe(failure.error)));
-    ActionDialogs::current().alert(parent, QString::fromStdString(TrashOp::describe(failed.front().error)),
-        lines.join(QLatin1Char('\n')));
-}
-
-} // namespace
 
 void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices)
 {
@@ -216,7 +216,7 @@ void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& s
     edit(pane.context(), [chosen, section] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= pinnedAdd(chosenPathBytes(folder), section);
+            changed |= pinnedAdd(actionChosenPathBytes(folder), section);
         return changed;
     });
 }
