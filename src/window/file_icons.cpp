@@ -4,12 +4,14 @@
 
 #include <QFile>
 #include <QMimeDatabase>
-#include <QTimer>
 
 namespace {
 
 // The database's answer for a name it matches by no pattern.
 const QString kUnknownMime = QStringLiteral("application/octet-stream");
+
+// Long enough to gather the look-ups a newly shown folder starts.
+constexpr int kAnnounceMs = 50;
 
 } // namespace
 
@@ -17,6 +19,9 @@ FileIcons::FileIcons(QObject* parent)
     : QObject(parent)
     , m_work(1, WorkClass::UserInitiated)
 {
+    m_announce.setSingleShot(true);
+    m_announce.setInterval(kAnnounceMs);
+    connect(&m_announce, &QTimer::timeout, this, &FileIcons::changed);
 }
 
 FileIcons& FileIcons::shared()
@@ -65,13 +70,8 @@ const FileIcons::Type* FileIcons::typeOf(const QString& key, const QString& name
             m_pending.remove(key);
             m_types.insert(key, type);
             // A big folder of new endings announces once, not once per ending.
-            if (m_announcing)
-                return;
-            m_announcing = true;
-            QTimer::singleShot(0, this, [this] {
-                m_announcing = false;
-                emit changed();
-            });
+            if (!m_announce.isActive())
+                m_announce.start();
         };
     });
     return nullptr;

@@ -16,6 +16,7 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 class FileIcons : public QObject {
     Q_OBJECT
@@ -59,7 +60,7 @@ private:
     QHash<QString, QIcon> m_icons;      // MIME type -> icon
     QHash<QString, QString> m_names;    // MIME type -> chosen theme name ("" fallback)
     QSet<QString> m_pending;            // ending keys being looked up
-    bool m_announcing = false;
+    QTimer m_announce; // one announcement per burst of look-ups
     BackgroundWork m_work;
 };
 
