@@ -174,10 +174,11 @@ void SettingsWindow::titleEdited(const TitleField& field)
         return;
     // The file keeps a title between double quotes on one line, and an empty title
     // reads back as the default: neither could be saved as typed.
-    const std::optional<std::string> unstorable = text.empty() ? std::optional<std::string>("nothing")
-                                                               : configUnstorable(text);
-    if (unstorable) {
-        m_error->setText(tr("This title cannot be saved: it holds %1.").arg(QString::fromStdString(*unstorable)));
+    const std::optional<std::string> unstorable = configUnstorable(text);
+    if (text.empty() || unstorable) {
+        m_error->setText(text.empty() ? tr("A title cannot be empty.")
+                                      : tr("This title cannot be saved: it holds %1.")
+                                            .arg(QString::fromStdString(*unstorable)));
         m_error->show();
         field.edit->setText(QString::fromStdString(current));
         return;

@@ -1,6 +1,7 @@
 #include "window/folder_status_bar.h"
 
 #include "fs/fmt.h"
+#include "sizes/info_notifier.h"
 #include "views/node_tree_model.h"
 #include "window/brondel_window.h"
 #include "window/core_bridge.h"
@@ -77,6 +78,11 @@ FolderStatusBar::FolderStatusBar(const BrowserContext& context, QWidget* parent)
     m_coalesce.setSingleShot(true);
     m_coalesce.setInterval(kCoalesceMs);
     connect(&m_coalesce, &QTimer::timeout, this, &FolderStatusBar::recount);
+    // Folder sizes that were still being computed are added once they are known.
+    connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, this, [this] {
+        if (m_partial)
+            scheduleRecount();
+    });
 }
 
 QString FolderStatusBar::itemsText() const
@@ -140,11 +146,13 @@ void FolderStatusBar::recount()
     m_items->setText(m_pane && m_pane->rootNode() ? statusItemCount(int64_t(m_pane->rootNode()->children.size()))
                                                    : QString());
     SelectionTally selected = m_selection ? tally(*m_selection) : SelectionTally{};
+    m_partial = false;
     if (selected.count == 0) {
         m_selected->clear();
         return;
     }
     auto show = [this, count = selected.count](int64_t bytes, bool partial) {
+        m_partial = partial;
         const QString size = partial ? tr("at least %1").arg(human(bytes)) : human(bytes);
         m_selected->setText(tr("%1 selected (%2)").arg(count).arg(size));
     };

@@ -53,6 +53,7 @@ private:
     QTimer m_coalesce;
     int64_t m_sizeGeneration = 0;
     int64_t m_spaceGeneration = 0;
+    bool m_partial = false; // the shown total lacks folder sizes still being computed
 };
 
 // "1 item", "12 items" (translated).

@@ -5,6 +5,7 @@
 #include "window/scan_service.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QCompleter>
 #include <QFile>
 #include <QKeyEvent>
@@ -74,6 +75,13 @@ PathEntry::PathEntry(const BrowserContext& context, QWidget* parent)
     m_edit->installEventFilter(this);
     connect(m_edit, &QLineEdit::textEdited, this, &PathEntry::edited);
     connect(m_edit, &QLineEdit::returnPressed, this, &PathEntry::submit);
+    // A click elsewhere in the window closes the field, as Escape does, leaving the
+    // focus where the click put it.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        QWidget* popup = m_completer->popup();
+        if (isVisible() && now && now != this && !isAncestorOf(now) && now != popup && !popup->isAncestorOf(now))
+            dismiss(Focus::Stay);
+    });
     hide();
 }
 
@@ -102,10 +110,16 @@ void PathEntry::open(const std::string& location, const QRect& where)
 
 void PathEntry::close()
 {
+    dismiss(Focus::BackToWindow);
+}
+
+void PathEntry::dismiss(Focus focus)
+{
     ++m_checkGeneration; // a check on its way no longer navigates
+    m_listed.clear();
     m_completer->popup()->hide();
     hide();
-    if (parentWidget())
+    if (focus == Focus::BackToWindow && parentWidget())
         parentWidget()->setFocus(Qt::OtherFocusReason);
 }
 
@@ -143,14 +157,16 @@ void PathEntry::edited(const QString& text)
     if (folderPart.isEmpty())
         return;
     const std::string folder = pathEntryResolve(folderPart, m_base, homeDir());
-    if (folder == m_listed)
+    // Hidden folders are offered once their leading dot is typed.
+    const bool hidden = text.mid(folderPart.size()).startsWith(QLatin1Char('.'));
+    if (folder == m_listed && hidden == m_listedHidden)
         return;
     m_listed = folder;
+    m_listedHidden = hidden;
     m_names->setStringList({});
     const int64_t gen = ++m_listGeneration;
-    // Hidden folders are offered once their leading dot is typed.
     BrondelSettings settings = *m_context.settings;
-    settings.showHidden = text.mid(folderPart.size()).startsWith(QLatin1Char('.'));
+    settings.showHidden = hidden;
     m_context.scans->scan(folder, settings, this, [this, gen, folderPart](DirNodePtr root) {
         if (gen != m_listGeneration || !root)
             return; // the user has typed on into another folder

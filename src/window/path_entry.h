@@ -45,6 +45,8 @@ private:
     void edited(const QString& text);
     void submit();
     void showError(const QString& text);
+    enum class Focus { BackToWindow, Stay };
+    void dismiss(Focus focus);
 
     const BrowserContext& m_context;
     QLineEdit* m_edit = nullptr;
@@ -53,6 +55,7 @@ private:
     QStringListModel* m_names = nullptr;
     std::string m_base;
     std::string m_listed;
+    bool m_listedHidden = false; // the listing holds hidden folders too
     int64_t m_listGeneration = 0;
     int64_t m_checkGeneration = 0;
 };
