@@ -6,6 +6,7 @@
 #include "fs/paths.h"
 #include "window/browser_context.h"
 #include "window/scan_service.h"
+#include "window/theme_icons.h"
 
 #include <QColorDialog>
 #include <QDialogButtonBox>
@@ -275,6 +276,7 @@ void FavoritesManager::display(PinnedFile file, Palette palette)
             select = item;
         for (const std::string& path : sec.paths) {
             auto* child = new QTreeWidgetItem(item, {decode(path)});
+            child->setIcon(0, iconSymbol("folder"));
             child->setData(0, kTitleRole, QByteArray::fromStdString(sec.title));
             child->setData(0, kPathRole, QByteArray::fromStdString(expandTilde(path)));
             child->setFlags((child->flags() | Qt::ItemIsDragEnabled) & ~Qt::ItemIsDropEnabled);
