@@ -28,6 +28,7 @@ struct SelectionTally {
     int64_t count = 0;
     int64_t fileBytes = 0;
     std::vector<std::string> folders; // asked of the size cache in the background
+    bool foldersLeftOut = false;      // more folders than are asked about
 };
 
 // One pass over the ranges: a range's rows are looked at one by one only to skip
@@ -50,6 +51,8 @@ SelectionTally tally(const QItemSelectionModel& selection)
                 out.fileBytes += node->size;
             else if (int64_t(out.folders.size()) < FolderStatusBar::kFolderSizeAsks)
                 out.folders.push_back(node->path);
+            else
+                out.foldersLeftOut = true;
         }
     }
     return out;
@@ -162,7 +165,7 @@ void FolderStatusBar::recount()
     // The size cache may look up a folder's drive: never on the main thread.
     m_context.scans->submit(this, [this, gen, show, selected = std::move(selected)]() -> std::function<void()> {
         int64_t bytes = selected.fileBytes;
-        bool partial = int64_t(selected.folders.size()) >= kFolderSizeAsks;
+        bool partial = selected.foldersLeftOut;
         for (const std::string& folder : selected.folders) {
             if (auto size = bridgeFolderSize(folder))
                 bytes += *size;

@@ -118,6 +118,28 @@ private slots:
         QVERIFY(pinnedPalette() != (Palette{{"A = B", 0.5}}));
     }
 
+    void dropsBecomeMoves()
+    {
+        TestContext t;
+        TempTree tree;
+        const std::string a = tree.dir("a"), b = tree.dir("b");
+        pinnedAdd(a, "Work");
+        pinnedAdd(b, "Work");
+        pinnedAddSection("Play");
+        FavoritesManager manager(t.context);
+        QVERIFY(settled(manager));
+        emit manager.tree()->sectionDropped(1, 0);
+        QVERIFY(settled(manager));
+        QCOMPARE(titles(), (std::vector<std::string>{"Play", "Work"}));
+        emit manager.tree()->folderDropped(1, 1, 1, 0); // b above a
+        QVERIFY(settled(manager));
+        QCOMPARE(expandTilde(pathsOf("Work").front()), b);
+        emit manager.tree()->folderDropped(1, 0, 0, 0); // b into Play
+        QVERIFY(settled(manager));
+        QCOMPARE(pathsOf("Play").size(), size_t(1));
+        QCOMPARE(manager.tree()->topLevelItem(0)->child(0)->data(0, Qt::UserRole + 1).toByteArray().toStdString(), b);
+    }
+
     void dropsLandWhereTheyAreShown()
     {
         // Moving down past the items below takes one place less than the insertion row.
