@@ -1,5 +1,7 @@
 #include "actions/action_dialogs.h"
 
+#include <QPushButton>
+
 #include <QAbstractItemView>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -74,4 +76,18 @@ ActionDialogs& ActionDialogs::current()
 std::optional<QString> ctxPrompt(QWidget* parent, const QString& title, const QString& message, const QString& value)
 {
     return ActionDialogs::current().prompt(parent, title, message, value);
+}
+
+QLabel* dialogFooterAdd(QDialog& dialog, QVBoxLayout& layout)
+{
+    auto* error = new QLabel(&dialog);
+    error->setStyleSheet(QStringLiteral("color: #c01c28;"));
+    error->setWordWrap(true);
+    error->hide();
+    layout.addWidget(error);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+    buttons->button(QDialogButtonBox::Close)->setAccessibleName(QDialog::tr("Close"));
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::close);
+    layout.addWidget(buttons);
+    return error;
 }

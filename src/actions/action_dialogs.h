@@ -9,6 +9,9 @@
 #include <functional>
 #include <optional>
 
+class QDialog;
+class QLabel;
+class QVBoxLayout;
 class QWidget;
 
 // The dialogs in force (the real ones unless a test replaced them).
@@ -30,3 +33,7 @@ struct ActionDialogs {
 // bold, `message` below, a field holding `value`, then OK and Cancel. The answer trimmed
 // of white space, or nothing when cancelled or empty.
 std::optional<QString> ctxPrompt(QWidget* parent, const QString& title, const QString& message, const QString& value);
+
+// The foot of a management window: a hidden error line (returned, for the window to
+// fill) above a Close button.
+QLabel* dialogFooterAdd(QDialog& dialog, QVBoxLayout& layout);

@@ -33,36 +33,6 @@ QString decode(const std::string& text)
     return QFile::decodeName(QByteArray::fromStdString(text));
 }
 
-// The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
-// survive the trip through QString, so a component that does not exist as encoded is
-// looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
-std::string chosenPathBytes(const QString& chosen)
-{
-    const std::string encoded = QFile::encodeName(chosen).toStdString();
-    struct stat st;
-    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !chosen.startsWith(QLatin1Char('/')))
-        return encoded;
-    std::string path;
-    for (const QString& part : chosen.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-        std::string next = path + "/" + QFile::encodeName(part).toStdString();
-        if (sysCalls().stat(next.c_str(), &st) != 0) {
-            DIR* dir = ::opendir(path.empty() ? "/" : path.c_str());
-            if (!dir)
-                return encoded;
-            next.clear();
-            while (const dirent* entry = ::readdir(dir))
-                if (QFile::decodeName(entry->d_name) == part) {
-                    next = path + "/" + entry->d_name;
-                    break;
-                }
-            ::closedir(dir);
-            if (next.empty())
-                return encoded;
-        }
-        path = std::move(next);
-    }
-    return path.empty() ? encoded : path;
-}
 
 bool isFolder(const std::string& path)
 {
@@ -110,6 +80,37 @@ std::optional<size_t> sidebarIndexOf(const std::vector<std::string>& paths, cons
 
 } // namespace
 
+// The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
+// survive the trip through QString, so a component that does not exist as encoded is
+// looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
+std::string actionChosenPathBytes(const QString& chosen)
+{
+    const std::string encoded = QFile::encodeName(chosen).toStdString();
+    struct stat st;
+    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !chosen.startsWith(QLatin1Char('/')))
+        return encoded;
+    std::string path;
+    for (const QString& part : chosen.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        std::string next = path + "/" + QFile::encodeName(part).toStdString();
+        if (sysCalls().stat(next.c_str(), &st) != 0) {
+            DIR* dir = ::opendir(path.empty() ? "/" : path.c_str());
+            if (!dir)
+                return encoded;
+            next.clear();
+            while (const dirent* entry = ::readdir(dir))
+                if (QFile::decodeName(entry->d_name) == part) {
+                    next = path + "/" + entry->d_name;
+                    break;
+                }
+            ::closedir(dir);
+            if (next.empty())
+                return encoded;
+        }
+        path = std::move(next);
+    }
+    return path.empty() ? encoded : path;
+}
+
 void ContextActions::favAddCurrent(BrondelWindow& pane)
 {
     if (pane.isComputerRoot())
@@ -126,7 +127,7 @@ void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& s
     edit(pane.context(), [chosen, section] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= pinnedAdd(chosenPathBytes(folder), section);
+            changed |= pinnedAdd(actionChosenPathBytes(folder), section);
         return changed;
     });
 }
@@ -350,7 +351,7 @@ void ContextActions::sidebarAddFolderAction(BrondelWindow& pane)
     edit(pane.context(), [chosen] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= sidebarAdd(chosenPathBytes(folder));
+            changed |= sidebarAdd(actionChosenPathBytes(folder));
         return changed;
     });
 }

@@ -1,7 +1,6 @@
 #pragma once
-// The two management windows the application menu opens: the settings and the
-// favourites manager. Each shows its window for `context` (bringing an open one to the
-// front), parented to `parent`.
+// The two management windows: Settings and the favourites manager. One of each at a
+// time; asking again brings the open one to the front.
 
 class QWidget;
 struct BrowserContext;

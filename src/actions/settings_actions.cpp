@@ -9,9 +9,7 @@
 
 #include <functional>
 
-namespace {
-
-void change(const BrowserContext& context, const std::function<void(BrondelSettings&)>& apply)
+void SettingsActions::change(const BrowserContext& context, const std::function<void(BrondelSettings&)>& apply)
 {
     // Only what this change touched reaches the file: it is read again, so a setting
     // changed meanwhile by `brondel infos` or by hand stays.
@@ -24,13 +22,15 @@ void change(const BrowserContext& context, const std::function<void(BrondelSetti
     });
 }
 
-bool infoIsOn(const BrondelSettings& settings, const std::string& key)
+bool SettingsActions::infoIsOn(const BrondelSettings& settings, const std::string& key)
 {
     for (const InfoModule* module : InfoModules::enabled(settings))
         if (module->key() == key)
             return true;
     return false;
 }
+
+namespace {
 
 template <typename Act>
 void checkItem(QMenu& menu, const QString& title, bool checked, Act act)

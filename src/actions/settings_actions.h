@@ -4,12 +4,21 @@
 // settings, saves them (off the main thread, in order with the other configuration
 // edits) and refreshes every window.
 
+#include <functional>
 #include <string>
 
+struct BrondelSettings;
 struct BrowserContext;
 class QMenu;
 
 struct SettingsActions {
+    // Applies `apply` to the process's settings, then writes only what it changed to the
+    // file (read afresh, off the main thread) and refreshes every window.
+    static void change(const BrowserContext& context, const std::function<void(BrondelSettings&)>& apply);
+
+    // Whether the info module `key` is on, by its own default when the settings do not say.
+    static bool infoIsOn(const BrondelSettings& settings, const std::string& key);
+
     static void toggleHidden(const BrowserContext& context);
     static void toggleFoldersFirst(const BrowserContext& context);
     static void toggleAscending(const BrowserContext& context);

@@ -34,6 +34,68 @@ Palette paletteParse(std::string_view text)
     return palette;
 }
 
+namespace {
+
+std::string_view paletteHeaderLine()
+{
+    return kPaletteDefaultText.substr(0, kPaletteDefaultText.find('\n') + 1);
+}
+
+bool paletteEntryLine(std::string_view line)
+{
+    return !paletteParse(line).empty();
+}
+
+} // namespace
+
+bool paletteLossy(std::string_view text)
+{
+    bool first = true;
+    for (std::string_view raw : configSplitLines(text)) {
+        std::string_view line = configTrim(raw);
+        const bool keptHeader = first && line.starts_with('#');
+        first = false;
+        if (line.empty() || keptHeader)
+            continue;
+        if (line.starts_with('#') || !paletteEntryLine(line))
+            return true;
+    }
+    return false;
+}
+
+std::string paletteFormat(const Palette& palette)
+{
+    std::string out(paletteHeaderLine());
+    for (const PaletteEntry& entry : palette)
+        out += entry.name + " = " + configFormatDouble(entry.hue) + "\n";
+    return out;
+}
+
+std::optional<std::string> paletteUnstorableName(std::string_view name)
+{
+    if (configTrim(name).empty())
+        return "nothing at all";
+    if (name.find('=') != std::string_view::npos)
+        return "an equals sign";
+    if (configTrim(name).starts_with('#'))
+        return "a number sign";
+    if (name.find_first_of("\r\n") != std::string_view::npos)
+        return "a line break";
+    return std::nullopt;
+}
+
+bool paletteWrite(const Palette& palette)
+{
+    for (const PaletteEntry& entry : palette)
+        if (paletteUnstorableName(entry.name))
+            return false;
+    Palette trimmed = palette;
+    for (PaletteEntry& entry : trimmed)
+        entry.name = std::string(configTrim(entry.name));
+    return configRewrite(palettePath(), paletteFormat(trimmed), {ConfigBytes::Utf8Only, paletteLossy}).status
+        == ConfigWriteStatus::Written;
+}
+
 Palette pinnedPalette()
 {
     const std::string path = palettePath();

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,21 @@ extern const std::string_view kPaletteDefaultText;
 // "Name = hue" lines in file order; comments and malformed lines are skipped. Empty
 // when no line qualifies.
 Palette paletteParse(std::string_view text);
+
+// Whether rewriting the file from what paletteParse made of `text` loses something: a
+// comment below the first line, or a line that is not a "Name = hue" entry.
+bool paletteLossy(std::string_view text);
+
+// The whole file: the explanatory first line, then one "Name = hue" line per entry.
+std::string paletteFormat(const Palette& palette);
+
+// What a palette name cannot hold: nothing when `name` can be stored, else "an equals
+// sign", "a number sign" or "a line break" (or "nothing at all" for an empty name).
+std::optional<std::string> paletteUnstorableName(std::string_view name);
+
+// Writes the whole palette to palettePath(). False, without writing, when an entry's
+// name cannot be stored; errors of the write itself are absorbed.
+bool paletteWrite(const Palette& palette);
 
 // The palette file's entries (writing the default file first when there is none), or
 // the single entry Blue 0.58 when it yields none. Never empty.

@@ -168,3 +168,8 @@ bool DirNode::hasEntries() const
 {
     return !children.empty() || (store && store->root().childCount > 0);
 }
+
+size_t dirNodeEntryCount(const DirNode& node)
+{
+    return node.children.size() + (node.store ? node.store->root().childCount : 0);
+}

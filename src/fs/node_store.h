@@ -106,3 +106,17 @@ DirNodePtr nodeStoreToDirNode(const NodeStore& store, const NodeRecord& record);
 // The same for the children only, into `into` (the record's own node stays the caller's).
 void nodeStoreChildrenTo(const NodeStore& store, const NodeRecord& record, std::string& pathBuffer,
     std::vector<DirNodePtr>& into);
+
+// The number of a folder's entries, in either form.
+size_t dirNodeEntryCount(const DirNode& node);
+
+// Calls each(name, isDir) for every entry of a folder, in order, in either form.
+template <typename Each>
+void dirNodeForEachEntry(const DirNode& node, Each&& each)
+{
+    for (const DirNodePtr& child : node.children)
+        each(std::string_view(child->name), child->isDir);
+    if (node.store)
+        for (uint32_t i = 0; i < node.store->root().childCount; ++i)
+            each(node.store->root().children[i].nameView(), node.store->root().children[i].isDir());
+}

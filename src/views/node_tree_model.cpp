@@ -5,6 +5,7 @@
 #include "fs/sort_nodes.h"
 #include "views/row_info_cache.h"
 #include "window/scan_service.h"
+#include "window/file_icons.h"
 #include "window/theme_icons.h"
 
 #include <QApplication>
@@ -235,6 +236,16 @@ DirNodePtr NodeTreeModel::nodeAt(const QModelIndex& index) const
     DirNodePtr node = recordNode(*row.store, *row.record);
     node->childrenLoaded = node->childrenLoaded || read; // a folder whose rows this model has read
     return node;
+}
+
+NodeTreeModel::Facts NodeTreeModel::factsAt(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return {true, false, 0};
+    const Row row = rowAt(index);
+    if (row.node)
+        return {row.node->isSectionHeader, row.node->isDir, row.node->size};
+    return {false, row.record->isDir(), row.metaKnown() ? row.record->size : 0};
 }
 
 QModelIndex NodeTreeModel::indexOfPath(const std::string& path) const
@@ -488,9 +499,9 @@ QString NodeTreeModel::infoText(const Row& row) const
 QIcon NodeTreeModel::icon(const Row& row) const
 {
     if (row.node)
-        return iconForNode(*row.node);
+        return fileIconFor(*row.node);
     if (!row.record->isDir())
-        return iconSymbol("doc");
+        return FileIcons::shared().iconFor(std::string(row.record->nameView()));
     DirNode folder;
     folder.isDir = true;
     folder.kind = "Folder";

@@ -38,6 +38,13 @@ public:
     DirNodePtr nodeAt(const QModelIndex& index) const;
     QModelIndex indexOfPath(const std::string& path) const; // top level only
     bool isFolder(const QModelIndex& index) const { return index.isValid() && rowAt(index).isDir(); }
+    // What a tally of many rows needs, without making a node per row.
+    struct Facts {
+        bool header = false;
+        bool folder = false;
+        int64_t size = 0; // a file's, once known
+    };
+    Facts factsAt(const QModelIndex& index) const;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& index) const override;

@@ -4,16 +4,21 @@
 #include "window/browser_toolbar.h"
 #include "window/cable_overlay.h"
 #include "window/drop_overlay.h"
+#include "window/file_icons.h"
+#include "window/folder_status_bar.h"
 #include "window/jack_view.h"
 #include "window/pane_header.h"
 #include "window/pane_view.h"
+#include "window/path_entry.h"
 #include "window/sidebar_view.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPointer>
+#include <QShortcut>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
     : QMainWindow(parent)
@@ -41,6 +46,19 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     m_area = new PaneArea(central);
     row->addWidget(m_area, 1);
     setCentralWidget(central);
+
+    m_status = new FolderStatusBar(context, this);
+    setStatusBar(m_status);
+    m_pathEntry = new PathEntry(context, this);
+    connect(m_pathEntry, &PathEntry::navigateRequested, this, &BrowserFrame::navigateTo);
+    auto* locate = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this);
+    connect(locate, &QShortcut::activated, this, &BrowserFrame::openPathEntry);
+    // Rows drawn before their type's icon was known get it on the next paint.
+    connect(&FileIcons::shared(), &FileIcons::changed, this, [this] {
+        for (BrondelWindow* pane : m_panes)
+            if (auto* view = qobject_cast<QAbstractItemView*>(pane->contentView()))
+                view->viewport()->update();
+    });
 
     m_dropOverlay = new DropOverlay(m_area);
     m_cableOverlay = new CableOverlay(
@@ -265,6 +283,15 @@ void BrowserFrame::syncHistory()
     emit historyChanged(canGoBack, canGoForward);
 }
 
+void BrowserFrame::openPathEntry()
+{
+    PaneView* view = paneViewOf(m_active);
+    if (!view)
+        return;
+    QWidget* header = view->header();
+    m_pathEntry->open(m_active->currentLocation(), QRect(header->mapTo(this, QPoint(0, 0)), header->size()));
+}
+
 void BrowserFrame::openFile(const std::string& path)
 {
     ContextActions::openFile(this, path);
@@ -277,6 +304,7 @@ void BrowserFrame::setActivePane(BrondelWindow* pane)
     if (!pane)
         return;
     m_active = pane;
+    m_status->setPane(pane);
     setWindowTitle(pane->title());
     for (PaneView* view : m_area->paneViews())
         view->header()->setActive(view->host() == pane);

@@ -16,6 +16,8 @@
 class BrowserToolbar;
 class CableOverlay;
 class DropOverlay;
+class FolderStatusBar;
+class PathEntry;
 class PaneView;
 class SidebarView;
 
@@ -37,6 +39,11 @@ public:
     DropOverlay* dropOverlay() const { return m_dropOverlay; }
     CableOverlay* cableOverlay() const { return m_cableOverlay; }
     const BrowserContext& context() const { return m_context; }
+    FolderStatusBar* folderStatus() const { return m_status; }
+    PathEntry* pathEntry() const { return m_pathEntry; }
+
+    // Opens the location field over the active pane's header (Ctrl+L).
+    void openPathEntry();
 
     // Navigation and modes, routed to the active pane.
     void navigateTo(const std::string& path);
@@ -98,6 +105,8 @@ private:
     BrondelWindow::Cables m_cables;
     std::vector<BrondelWindow*> m_panes;
     BrondelWindow* m_active = nullptr;
+    FolderStatusBar* m_status = nullptr;
+    PathEntry* m_pathEntry = nullptr;
 };
 
 // The open browser windows.

@@ -46,3 +46,26 @@ bool bridgeDriveStuck(const std::string& mountPoint)
 {
     return mountWatchdogIsStuckAt(mountPoint);
 }
+
+BridgeSpace bridgeFreeSpace(const std::string& path)
+{
+    const MountAnswer<MountCapacity> answer = mountWatchdogCapacity(path);
+    if (!answer.responding())
+        return {std::nullopt, false};
+    return {answer.value ? std::optional<int64_t>(answer.value->freeBytes) : std::nullopt, true};
+}
+
+std::optional<int64_t> bridgeFolderSize(const std::string& path)
+{
+    return FolderSizes::shared().size(path);
+}
+
+BridgeEntry bridgeEntryAt(const std::string& path)
+{
+    const MountAnswer<struct stat> answer = mountWatchdogStat(path);
+    if (!answer.responding())
+        return BridgeEntry::NotResponding;
+    if (!answer.value)
+        return BridgeEntry::Missing;
+    return S_ISDIR(answer.value->st_mode) ? BridgeEntry::Folder : BridgeEntry::NotFolder;
+}

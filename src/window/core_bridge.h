@@ -9,6 +9,8 @@
 #include "config/sidebar_section.h"
 #include "fs/dir_node.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,3 +40,18 @@ std::vector<BridgeDrive> bridgeDrives();
 // Whether the drive mounted at `mountPoint` is remembered as not responding: a look-up,
 // no system call (for the UI thread).
 bool bridgeDriveStuck(const std::string& mountPoint);
+
+// The free space of the drive holding `path`, asked through the mount watchdog: a drive
+// that does not answer gives "not responding" within the watchdog's deadline.
+struct BridgeSpace {
+    std::optional<int64_t> freeBytes; // nothing when unknown
+    bool responding = true;
+};
+BridgeSpace bridgeFreeSpace(const std::string& path);
+
+// A folder's size from the size cache; nothing while unknown (a walk is then queued).
+std::optional<int64_t> bridgeFolderSize(const std::string& path);
+
+// What is at a path typed by the user, asked through the mount watchdog.
+enum class BridgeEntry { Folder, NotFolder, Missing, NotResponding };
+BridgeEntry bridgeEntryAt(const std::string& path);

@@ -3,12 +3,20 @@
 #include "config/config_text.h"
 #include "config/palette.h"
 
+#include <filesystem>
+#include <iterator>
+
 namespace {
 
 class PaletteTest : public ConfigFileTest {
 protected:
     PaletteTest() : ConfigFileTest("BRONDEL_PALETTE", "colors/palette.toml") {}
 };
+
+size_t entries(const std::string& dir)
+{
+    return size_t(std::distance(std::filesystem::directory_iterator(dir), std::filesystem::directory_iterator()));
+}
 
 PinnedSec sec(const std::string& title, std::optional<double> color = std::nullopt) { return {title, {}, color}; }
 
@@ -64,6 +72,33 @@ TEST(ConfigNumbers, DecimalParseAndShortestForm)
         EXPECT_EQ(configParseDouble(junk), std::nullopt) << junk;
     for (double hue : {0.1 + 0.2, 1e-7})
         EXPECT_EQ(configParseDouble(configFormatDouble(hue)), hue);
+}
+
+TEST_F(PaletteTest, WriteReadsBackAndKeepsWhatItCannotRead)
+{
+    // The default file rewritten unchanged keeps no backup: "0.0" reading back as 0 is no loss.
+    pinnedPalette();
+    const Palette edited{{"Blue", 0.58}, {" Sea ", 0.52}, {"Red", 0.0}};
+    ASSERT_TRUE(paletteWrite(edited));
+    EXPECT_EQ(pinnedPalette(), (Palette{{"Blue", 0.58}, {"Sea", 0.52}, {"Red", 0.0}}));
+    EXPECT_FALSE(paletteLossy(text()));
+    EXPECT_EQ(entries(m_tree.path("colors")), 1u);
+
+    struct Case {
+        const char* name;
+        bool storable;
+    };
+    for (const Case& c : {Case{"A=B", false}, Case{"# x", false}, Case{"Two\nLines", false}, Case{"  ", false},
+             Case{"Ok #1", true}}) {
+        EXPECT_EQ(paletteUnstorableName(c.name).has_value(), !c.storable) << c.name;
+        EXPECT_EQ(paletteWrite({{c.name, 0.1}}), c.storable) << c.name;
+    }
+
+    // A hand comment or a malformed line is kept in a backup before the rewrite.
+    fileWriteAtomic(m_path, "# head\nBlue = 0.58\n# mine\nGray = none\n");
+    EXPECT_TRUE(paletteLossy(text()));
+    ASSERT_TRUE(paletteWrite({{"Blue", 0.6}}));
+    EXPECT_EQ(entries(m_tree.path("colors")), 2u);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "fs/scanner.h"
 #include "support/test_env.h"
 #include "window/browser_context.h"
+#include "window/browser_frame.h"
 #include "window/scan_service.h"
 
 #include <QApplication>
@@ -16,6 +17,7 @@
 #include <QTest>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -149,4 +151,15 @@ inline DirNodePtr testHeader(const std::string& title, const std::string& path, 
         header->children.push_back(node);
     }
     return header;
+}
+
+// A window on `path` that stays alive when closed (the test owns it).
+inline std::unique_ptr<BrowserFrame> testFrame(TestContext& t, const std::string& path)
+{
+    auto root = DirNode::make();
+    root->path = path;
+    root->isDir = true;
+    auto frame = std::make_unique<BrowserFrame>(root, RootKind::Folder, t.context);
+    frame->setAttribute(Qt::WA_DeleteOnClose, false);
+    return frame;
 }
