@@ -85,13 +85,15 @@ TEST(SortNodes, ComputerRootIsBySizeAloneLargestFirst)
 
 TEST(SortNodes, LargeFoldersSortLikeSmallOnes)
 {
-    // Over the size where keys and key prefixes are used, ASCII-only and mixed, in both
-    // directions, with folders and equal names: every neighbour pair is in the order a
-    // direct comparison gives, and equal names keep their input order.
+    // Over the size where keys and key prefixes are used (and where keys are made on two
+    // threads), ASCII-only and mixed, in both directions, with folders and equal names:
+    // every neighbour pair is in the order a direct comparison gives, and equal names
+    // keep their input order.
     const NameCollator& c = NameCollator::forThread();
+    for (int count : {300, 20000})
     for (const char* accent : {"", "\u00e9"}) {
         std::vector<DirNodePtr> in;
-        for (int i = 300; i > 0; --i) {
+        for (int i = count; i > 0; --i) {
             std::string name = (i % 3 ? std::string("file_0") : std::string(accent) + "t") + std::to_string(i % 150);
             in.push_back(node(name, i % 7 == 0));
             in.back()->path = std::to_string(i);

@@ -167,6 +167,30 @@ private slots:
         QCOMPARE(source->rowCount(source->index(0, 0)), 1);
     }
 
+    void namesComeFirstThenSizesAndTheSortBySize()
+    {
+        Fixture f;
+        f.t.settings.sortBy = "size";
+        DirNodePtr root = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        ListSource source(root, {}, f.t.context);
+        // Shown at once in name order (folders first), the sizes still being read.
+        QCOMPARE(texts(source), (QStringList{"a", "b", "c", "d.txt", "e.txt"}));
+        QVERIFY(source.sortPending());
+        QCOMPARE(source.headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(),
+            QStringLiteral("Size \u2026"));
+        QPersistentModelIndex e = source.index(4, 0);
+        QSignalSpy reordered(&source, &QAbstractItemModel::layoutChanged);
+        QTRY_VERIFY(!source.metaPending());
+        // Then by size, smallest first, in one reorder; a kept index follows its row.
+        QCOMPARE(reordered.count(), 1);
+        QCOMPARE(texts(source), (QStringList{"a", "b", "c", "e.txt", "d.txt"}));
+        QCOMPARE(e.row(), 3);
+        QCOMPARE(source.index(4, ListSource::Size).data().toString(), QStringLiteral("5 B"));
+        QVERIFY(!source.index(4, ListSource::Date).data().toString().isEmpty());
+        QCOMPARE(source.headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(), QStringLiteral("Size"));
+        QCOMPARE(source.nodeAt(source.index(4, 0))->path, f.tree.path("root/d.txt"));
+    }
+
     void sizeTextsRefreshWhenSizesArrive()
     {
         Fixture f;
