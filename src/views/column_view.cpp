@@ -7,6 +7,10 @@
 #include <QScrollBar>
 #include <QMenu>
 
+namespace {
+constexpr int kLayoutBatch = 20000;
+} // namespace
+
 BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, ContentHooks hooks, QWidget* parent)
     : QColumnView(parent)
     , m_source(source)
@@ -37,6 +41,10 @@ QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
     QAbstractItemView* column = QColumnView::createColumn(rootIndex);
     if (auto* list = qobject_cast<QListView*>(column)) {
         list->setUniformItemSizes(true);
+        // A column of a million rows is laid out a slice at a time between events, never
+        // in one pass that holds the window up.
+        list->setLayoutMode(QListView::Batched);
+        list->setBatchSize(kLayoutBatch);
         list->setTextElideMode(Qt::ElideRight);
     }
     column->setContextMenuPolicy(Qt::CustomContextMenu);
