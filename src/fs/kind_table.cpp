@@ -3,6 +3,7 @@
 #include "fs/utf8.h"
 
 #include <atomic>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -47,12 +48,37 @@ public:
     {
         const size_t dot = name.rfind('.');
         const std::string_view ext = dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot);
+        // A small direct-mapped memo of short extensions first (a folder of a million
+        // entries asks a million times), then a map of all seen.
+        struct Slot {
+            char bytes[15];
+            uint8_t length = 0xFF; // empty
+            uint16_t id = 0;
+        };
+        thread_local Slot recent[64];
+        Slot* slot = nullptr;
+        if (ext.size() <= sizeof(Slot::bytes)) {
+            const size_t hash = ext.empty() ? 0 : (ext.size() * 31 + uint8_t(ext.back()) * 7 + uint8_t(ext[1 % ext.size()])) & 63;
+            slot = &recent[hash];
+            if (slot->length == ext.size() && std::memcmp(slot->bytes, ext.data(), ext.size()) == 0)
+                return slot->id;
+        }
         thread_local std::unordered_map<std::string, uint16_t, StringHash, std::equal_to<>> memo;
-        if (auto it = memo.find(ext); it != memo.end())
-            return it->second;
-        const uint16_t id = intern(nodeExtKind(name));
-        if (memo.size() < 4096 && id != kKindFromName)
-            memo.emplace(std::string(ext), id);
+        uint16_t id;
+        if (auto it = memo.find(ext); it != memo.end()) {
+            id = it->second;
+        } else {
+            id = intern(nodeExtKind(name));
+            if (id == kKindFromName)
+                return id;
+            if (memo.size() < 4096)
+                memo.emplace(std::string(ext), id);
+        }
+        if (slot) {
+            std::memcpy(slot->bytes, ext.data(), ext.size());
+            slot->length = uint8_t(ext.size());
+            slot->id = id;
+        }
         return id;
     }
 
