@@ -27,6 +27,7 @@ enum NodeFlag : uint8_t {
     kNodeDir = 1,      // a folder, or a link to one
     kNodeAlias = 2,    // a symbolic link
     kNodeLoaded = 4,   // its children have been read (folders), or it has none (files)
+    kNodeMetaPending = 8, // some children were read names first: their status is still to come
 };
 
 enum NodeMeta : uint8_t {

@@ -280,6 +280,8 @@ private:
             sysClose(fd);
         parent.children = children;
         parent.childCount = uint32_t(kept.size());
+        if (m_namesFirst && std::any_of(children, children + kept.size(), [](const NodeRecord& r) { return !(r.meta & kMetaKnown); }))
+            parent.flags |= kNodeMetaPending;
     }
 
     // Asks for the entry's status where needed and decides whether it is listed.

@@ -241,11 +241,12 @@ DirNodePtr NodeTreeModel::nodeAt(const QModelIndex& index) const
 NodeTreeModel::Facts NodeTreeModel::factsAt(const QModelIndex& index) const
 {
     if (!index.isValid())
-        return {true, false, 0};
+        return {true, false, 0, true};
     const Row row = rowAt(index);
     if (row.node)
-        return {row.node->isSectionHeader, row.node->isDir, row.node->size};
-    return {false, row.record->isDir(), row.metaKnown() ? row.record->size : 0};
+        return {row.node->isSectionHeader, row.node->isDir, row.node->size, true};
+    const bool known = row.metaKnown();
+    return {false, row.record->isDir(), known ? row.record->size : 0, known};
 }
 
 QModelIndex NodeTreeModel::indexOfPath(const std::string& path) const
@@ -355,12 +356,8 @@ void NodeTreeModel::startMeta(Level& level)
 {
     if (!level.folder || level.fill || !m_context.scans)
         return;
-    const NodeRecord& folder = *level.folder;
-    bool pending = false;
-    for (uint32_t i = 0; i < folder.childCount && !pending; ++i)
-        pending = !(nodeMeta(folder.children[i]) & kMetaKnown);
-    if (!pending)
-        return;
+    if (!(level.folder->flags & kNodeMetaPending))
+        return; // read in full (the scanner says so: no row is looked at here)
     const SortColumnsUsed used = sortColumnsUsed(SortPlace::Folder, *m_context.settings);
     level.sortPending = used.sizes || used.dates;
     level.fill = std::make_shared<MetaFillState>();

@@ -43,6 +43,7 @@ public:
         bool header = false;
         bool folder = false;
         int64_t size = 0; // a file's, once known
+        bool sizeKnown = true;
     };
     Facts factsAt(const QModelIndex& index) const;
 

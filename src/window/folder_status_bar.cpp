@@ -31,6 +31,7 @@ struct SelectionTally {
     int64_t fileBytes = 0;
     std::vector<std::string> folders; // asked of the size cache in the background
     bool foldersLeftOut = false;      // more folders than are asked about
+    bool sizesPending = false;        // files whose sizes are still being read
 };
 
 // One pass over the ranges: a range's rows are looked at one by one only to skip
@@ -50,8 +51,10 @@ SelectionTally tally(const QItemSelectionModel& selection)
             if (facts.header)
                 continue;
             ++out.count;
-            if (!facts.folder)
+            if (!facts.folder) {
                 out.fileBytes += facts.size; // no node is made for a file
+                out.sizesPending |= !facts.sizeKnown;
+            }
             else if (int64_t(out.folders.size()) < FolderStatusBar::kFolderSizeAsks)
                 out.folders.push_back(model->nodeAt(index)->path);
             else
@@ -128,9 +131,13 @@ void FolderStatusBar::watchView()
     disconnect(m_selectionLink);
     auto* view = m_pane ? qobject_cast<QAbstractItemView*>(m_pane->contentView()) : nullptr;
     m_selection = view ? view->selectionModel() : nullptr;
+    disconnect(m_metaLink);
     if (m_selection)
         m_selectionLink = connect(m_selection, &QItemSelectionModel::selectionChanged, this,
             &FolderStatusBar::scheduleRecount);
+    // A folder shown names first: the selection's size grows as the sizes arrive.
+    if (auto* model = view ? qobject_cast<NodeTreeModel*>(view->model()) : nullptr)
+        m_metaLink = connect(model, &NodeTreeModel::metaArrived, this, &FolderStatusBar::scheduleRecount);
     scheduleRecount();
 }
 
@@ -162,13 +169,13 @@ void FolderStatusBar::recount()
         const QString size = partial ? tr("at least %1").arg(human(bytes)) : human(bytes);
         m_selected->setText(tr("%1 selected (%2)").arg(count).arg(size));
     };
-    show(selected.fileBytes, !selected.folders.empty());
+    show(selected.fileBytes, !selected.folders.empty() || selected.sizesPending);
     if (selected.folders.empty())
         return;
     // The size cache may look up a folder's drive: never on the main thread.
     m_context.scans->submit(this, [this, gen, show, selected = std::move(selected)]() -> std::function<void()> {
         int64_t bytes = selected.fileBytes;
-        bool partial = selected.foldersLeftOut;
+        bool partial = selected.foldersLeftOut || selected.sizesPending;
         for (const std::string& folder : selected.folders) {
             if (auto size = bridgeFolderSize(folder))
                 bytes += *size;

@@ -46,6 +46,7 @@ private:
     QPointer<BrondelWindow> m_pane;
     QPointer<QItemSelectionModel> m_selection;
     QMetaObject::Connection m_selectionLink;
+    QMetaObject::Connection m_metaLink;
     QList<QMetaObject::Connection> m_paneLinks;
     QLabel* m_items = nullptr;
     QLabel* m_selected = nullptr;
