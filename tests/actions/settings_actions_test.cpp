@@ -4,10 +4,14 @@
 
 #include "../window/gui_test_main.h"
 #include "actions/menu_setup.h"
+#include "actions/settings_actions.h"
 #include "config/settings_file.h"
 #include "sizes/info_module.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
+#include "views/list_view.h"
+
+#include <QHeaderView>
 
 #include <QMenu>
 #include <QMenuBar>
@@ -125,6 +129,60 @@ private slots:
         action(view, QStringLiteral("Show Hidden Files"))->trigger();
         theirs.showHidden = !hidden;
         QTRY_COMPARE(settingsLoad(), theirs);
+    }
+
+    void headerClicksSortAndFlipLikeTheMenu()
+    {
+        TestContext t;
+        t.context.sortByColumn = [&t](const std::string& key) { SettingsActions::sortByColumn(t.context, key); };
+        t.context.settings = &Settings::current(); // the windows show the process's settings, as in the application
+        auto frame = frameWithMenus(t);
+        frame->resize(900, 500);
+        frame->show();
+        QVERIFY(QTest::qWaitForWindowExposed(frame.get()));
+        t.scans.finishAll();
+        BrondelWindow* pane = frame->activePane();
+        auto click = [&](ListSource::Column column) {
+            auto* view = qobject_cast<BrondelOutlineView*>(pane->contentView());
+            QVERIFY(view);
+            QHeaderView* header = view->header();
+            QTRY_VERIFY(header->isVisible() && header->height() > 0); // laid out
+            const size_t scans = t.scans.count();
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                QPoint(header->sectionViewportPosition(column) + 10, header->height() / 2));
+            QTRY_VERIFY(t.scans.count() > scans); // the windows reload in the new order
+            QTRY_COMPARE(settingsLoad().sortBy, Settings::current().sortBy);
+            QCOMPARE(settingsLoad().ascending, Settings::current().ascending);
+            t.scans.finishAll();
+        };
+        // A hand edit of another key made meanwhile stays.
+        BrondelSettings theirs = settingsLoad();
+        theirs.recentTitle = "Lately";
+        QVERIFY(settingsSave(theirs));
+
+        click(ListSource::Date);
+        QCOMPARE(Settings::current().sortBy, std::string("date"));
+        QCOMPARE(Settings::current().ascending, true);
+        QCOMPARE(settingsLoad().recentTitle, std::string("Lately"));
+        click(ListSource::Date); // the same header again: the other way round
+        QCOMPARE(settingsLoad().sortBy, std::string("date"));
+        QCOMPARE(settingsLoad().ascending, false);
+        click(ListSource::Kind);
+        QCOMPARE(settingsLoad().sortBy, std::string("kind"));
+        QCOMPARE(settingsLoad().ascending, true);
+        QCOMPARE(settingsLoad().recentTitle, std::string("Lately"));
+
+        // The rebuilt view shows the sort, also after a change from the menu.
+        QMenu* sort = submenu(topMenu(frame->menuBar(), QStringLiteral("View")), QStringLiteral("Sort By"));
+        emit sort->aboutToShow();
+        action(sort, QStringLiteral("Size"))->trigger();
+        QTRY_COMPARE(Settings::current().sortBy, std::string("size"));
+        QTRY_VERIFY(t.scans.count() > 0);
+        t.scans.finishAll();
+        auto* view = qobject_cast<BrondelOutlineView*>(pane->contentView());
+        QVERIFY(view);
+        QCOMPARE(view->header()->sortIndicatorSection(), int(ListSource::Size));
+        QCOMPARE(view->header()->sortIndicatorOrder(), Qt::AscendingOrder);
     }
 };
 

@@ -11,6 +11,7 @@
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 
+#include <QHeaderView>
 #include <QItemSelectionModel>
 
 namespace {
@@ -232,7 +233,7 @@ private slots:
         Fixture f;
         std::vector<std::string> folders, files;
         ContentHooks hooks{[&](const std::string& p) { folders.push_back(p); },
-            [&](const std::string& p) { files.push_back(p); }, {}};
+            [&](const std::string& p) { files.push_back(p); }, {}, {}, {}};
         auto* source = new ListSource(f.root, f.t.headers, f.t.context);
         BrondelOutlineView view(source, f.t.context, hooks);
         emit view.activated(source->index(3, 0));
@@ -240,6 +241,81 @@ private slots:
         emit view.activated(source->index(0, 0)); // a header: nothing
         QCOMPARE(folders, std::vector<std::string>{f.tree.path("root/a")});
         QCOMPARE(files, std::vector<std::string>{f.tree.path("root/d.txt")});
+    }
+
+    void nameTakesTheSpareWidthAndStaysReadable()
+    {
+        // Viewport width, then what Name must at least get and the other columns at most.
+        const struct {
+            int width;
+            int nameAtLeast;
+            int othersAtMost;
+        } cases[] = {{1400, 900, 190}, {700, 220, 190}, {380, 180, 90}};
+        Fixture f;
+        auto widths = std::make_shared<ListColumnWidths>();
+        for (const auto& c : cases) {
+            ContentHooks hooks;
+            hooks.listWidths = widths;
+            BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+            view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+            view.resize(c.width + 2 * view.frameWidth(), 300);
+            view.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&view));
+            QHeaderView* header = view.header();
+            QVERIFY2(header->sectionSize(ListSource::Name) >= c.nameAtLeast, qPrintable(QString::number(c.width)));
+            int total = 0;
+            for (int column = 0; column < ListSource::ColumnCount; ++column) {
+                total += header->sectionSize(column);
+                if (column != ListSource::Name)
+                    QVERIFY(header->sectionSize(column) <= c.othersAtMost);
+            }
+            QCOMPARE(total, c.width); // no empty space, nothing cut off at the right
+        }
+    }
+
+    void userColumnWidthsSurviveARebuild()
+    {
+        Fixture f;
+        ContentHooks hooks;
+        hooks.listWidths = std::make_shared<ListColumnWidths>();
+        {
+            BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+            view.resize(900, 300);
+            view.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&view));
+            view.header()->resizeSection(ListSource::Kind, 160); // as a drag does
+            const int name = view.header()->sectionSize(ListSource::Name);
+            view.header()->resizeSection(ListSource::Name, name + 40); // the border with Date moves
+            QCOMPARE(view.header()->sectionSize(ListSource::Name), name + 40);
+        }
+        BrondelOutlineView again(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+        again.resize(900, 300);
+        again.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&again));
+        QCOMPARE(again.header()->sectionSize(ListSource::Kind), 160);
+        QCOMPARE(again.header()->sectionSize(ListSource::Date), 170 - 40);
+    }
+
+    void headerShowsTheSortAndReportsClicks()
+    {
+        Fixture f;
+        f.t.settings.sortBy = "size";
+        f.t.settings.ascending = false;
+        std::vector<std::string> keys;
+        ContentHooks hooks;
+        hooks.sortBy = [&](const std::string& key) { keys.push_back(key); };
+        BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+        view.resize(900, 300);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QHeaderView* header = view.header();
+        QVERIFY(header->isSortIndicatorShown());
+        QCOMPARE(header->sortIndicatorSection(), int(ListSource::Size));
+        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+        for (int column : {ListSource::Kind, ListSource::Name, ListSource::Date})
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                QPoint(header->sectionViewportPosition(column) + 10, header->height() / 2));
+        QCOMPARE(keys, (std::vector<std::string>{"kind", "name", "date"}));
     }
 };
 
