@@ -82,7 +82,7 @@ struct Entry {
 class ScanRun {
 public:
     ScanRun(NodeStore& store, const BrondelSettings& settings, int threads, const NameFilter* searchFilter,
-        ScanMeta meta)
+        ScanMeta meta, const ScanWatch* watch)
         : m_store(store)
         , m_settings(settings)
         , m_threads(threads)
@@ -91,6 +91,7 @@ public:
         // order is made again once the status is in); folders-first needs to know folders.
         , m_statusForAll(meta == ScanMeta::Full && (settings.sortBy == "date" || settings.sortBy == "size"))
         , m_namesFirst(meta == ScanMeta::NamesFirst)
+        , m_watch(watch)
     {
     }
 
@@ -153,6 +154,8 @@ private:
     void readFolder(Job& job, std::vector<Job>& subs)
     {
         NodeRecord& parent = *job.record;
+        if (m_watch && m_watch->cancel && m_watch->cancel->load(std::memory_order_relaxed))
+            return;
         const std::string path = m_store.path(parent);
         // Held here until the subfolders that open through the same base have it.
         const std::shared_ptr<DirFd> base = std::move(job.base);
@@ -224,6 +227,8 @@ private:
             sysClose(fd);
         parent.children = children;
         parent.childCount = uint32_t(entries.size());
+        if (m_watch && m_watch->folderRead)
+            m_watch->folderRead(m_store, parent);
     }
 
     // Asks for the entry's status where needed and decides whether it is listed.
@@ -318,6 +323,7 @@ private:
     const NameFilter* const m_searchFilter;
     const bool m_statusForAll;
     const bool m_namesFirst;
+    const ScanWatch* const m_watch;
     std::optional<WalkGate> m_gate; // set before the walk starts, for deep scans
 };
 
@@ -332,7 +338,7 @@ NodeStorePtr Scanner::scanStore(const std::string& path, int64_t depth, ScanMeta
 {
     auto store = std::make_shared<NodeStore>(path);
     if (depth >= 1)
-        ScanRun(*store, m_settings, m_threads, m_searchFilter, meta).run(depth);
+        ScanRun(*store, m_settings, m_threads, m_searchFilter, meta, m_watch).run(depth);
     return store;
 }
 
