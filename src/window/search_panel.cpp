@@ -179,7 +179,7 @@ void SearchPanel::start()
     m_batches = 0;
     const QString query = m_field->text();
     if (query.isEmpty() || m_root.empty() || m_root == "/") {
-        m_status->setText(query.isEmpty() || !m_root.empty() ? QString() : tr("Open a folder to search in it"));
+        m_status->setText(query.isEmpty() ? QString() : tr("Open a folder to search in it"));
         return;
     }
     auto run = std::make_shared<Run>();
