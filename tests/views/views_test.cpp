@@ -69,6 +69,18 @@ public:
     mutable int texts = 0;
 };
 
+// The list of the fixture's folder, shown with a viewport `width` wide.
+std::unique_ptr<BrondelOutlineView> shownList(Fixture& f, const ContentHooks& hooks, int width)
+{
+    auto view = std::make_unique<BrondelOutlineView>(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->resize(width + 2 * view->frameWidth(), 300);
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view.get()))
+        return nullptr;
+    return view;
+}
+
 } // namespace
 
 class ViewsTest : public QObject {
@@ -243,57 +255,31 @@ private slots:
         QCOMPARE(files, std::vector<std::string>{f.tree.path("root/d.txt")});
     }
 
-    void nameTakesTheSpareWidthAndStaysReadable()
+    void nameTakesTheSpareWidthAndWidthsSurviveARebuild()
     {
-        // Viewport width, then what Name must at least get and the other columns at most.
-        const struct {
-            int width;
-            int nameAtLeast;
-            int othersAtMost;
-        } cases[] = {{1400, 900, 190}, {700, 220, 190}, {380, 180, 90}};
-        Fixture f;
-        auto widths = std::make_shared<ListColumnWidths>();
-        for (const auto& c : cases) {
-            ContentHooks hooks;
-            hooks.listWidths = widths;
-            BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
-            view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-            view.resize(c.width + 2 * view.frameWidth(), 300);
-            view.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&view));
-            QHeaderView* header = view.header();
-            QVERIFY2(header->sectionSize(ListSource::Name) >= c.nameAtLeast, qPrintable(QString::number(c.width)));
-            int total = 0;
-            for (int column = 0; column < ListSource::ColumnCount; ++column) {
-                total += header->sectionSize(column);
-                if (column != ListSource::Name)
-                    QVERIFY(header->sectionSize(column) <= c.othersAtMost);
-            }
-            QCOMPARE(total, c.width); // no empty space, nothing cut off at the right
-        }
-    }
-
-    void userColumnWidthsSurviveARebuild()
-    {
+        // Viewport width, what Name gets at least and the other columns at most.
+        const int cases[][3] = {{1400, 900, 190}, {700, 220, 190}, {380, 180, 90}};
         Fixture f;
         ContentHooks hooks;
         hooks.listWidths = std::make_shared<ListColumnWidths>();
-        {
-            BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
-            view.resize(900, 300);
-            view.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&view));
-            view.header()->resizeSection(ListSource::Kind, 160); // as a drag does
-            const int name = view.header()->sectionSize(ListSource::Name);
-            view.header()->resizeSection(ListSource::Name, name + 40); // the border with Date moves
-            QCOMPARE(view.header()->sectionSize(ListSource::Name), name + 40);
+        for (const auto& [width, nameAtLeast, othersAtMost] : cases) {
+            auto view = shownList(f, hooks, width);
+            QHeaderView* header = view->header();
+            QVERIFY2(header->sectionSize(ListSource::Name) >= nameAtLeast, qPrintable(QString::number(width)));
+            int total = 0;
+            for (int column = 0; column < ListSource::ColumnCount; ++column) {
+                total += header->sectionSize(column);
+                QVERIFY(column == ListSource::Name || header->sectionSize(column) <= othersAtMost);
+            }
+            QCOMPARE(total, width); // no empty space, nothing cut off at the right
         }
-        BrondelOutlineView again(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
-        again.resize(900, 300);
-        again.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&again));
-        QCOMPARE(again.header()->sectionSize(ListSource::Kind), 160);
-        QCOMPARE(again.header()->sectionSize(ListSource::Date), 170 - 40);
+        // Widths the user dragged: a view built again (on navigation) keeps them.
+        auto view = shownList(f, hooks, 900);
+        view->header()->resizeSection(ListSource::Kind, 160);
+        view->header()->resizeSection(ListSource::Name, view->header()->sectionSize(ListSource::Name) + 40);
+        view = shownList(f, hooks, 900);
+        QCOMPARE(view->header()->sectionSize(ListSource::Kind), 160);
+        QCOMPARE(view->header()->sectionSize(ListSource::Date), 170 - 40); // Name's border moved into Date
     }
 
     void headerShowsTheSortAndReportsClicks()
@@ -304,11 +290,8 @@ private slots:
         std::vector<std::string> keys;
         ContentHooks hooks;
         hooks.sortBy = [&](const std::string& key) { keys.push_back(key); };
-        BrondelOutlineView view(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
-        view.resize(900, 300);
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QHeaderView* header = view.header();
+        auto view = shownList(f, hooks, 900);
+        QHeaderView* header = view->header();
         QVERIFY(header->isSortIndicatorShown());
         QCOMPARE(header->sortIndicatorSection(), int(ListSource::Size));
         QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
