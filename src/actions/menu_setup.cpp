@@ -300,6 +300,9 @@ void MenuSetup::install(BrowserFrame* frame)
     QMenu* edit = bar->addMenu(QObject::tr("&Edit"));
     item(edit, QObject::tr("Copy"), Shortcut::Copy, "doc.on.doc", frame, [frame] { copySelection(frame); });
     item(edit, QObject::tr("Select All"), Shortcut::SelectAll, "checkmark.square", frame, [frame] { selectAll(frame); });
+    edit->addSeparator();
+    frame->findAction()->setIcon(iconSymbol("magnifyingglass"));
+    edit->addAction(frame->findAction()); // the window's own action: one shortcut for Ctrl+F
 
     viewMenu(bar, frame);
     frame->toolbar()->setItemMenu(

@@ -63,6 +63,14 @@ void SettingsActions::setSort(const BrowserContext& context, const std::string& 
     change(context, [&key](BrondelSettings& s) { s.sortBy = key; });
 }
 
+void SettingsActions::sortByColumn(const BrowserContext& context, const std::string& key)
+{
+    change(context, [&key](BrondelSettings& s) {
+        s.ascending = s.sortBy == key ? !s.ascending : true;
+        s.sortBy = key;
+    });
+}
+
 void SettingsActions::toggleInfo(const BrowserContext& context, const std::string& key)
 {
     change(context, [&key](BrondelSettings& s) { s.infoOn[key] = !infoIsOn(s, key); });

@@ -24,6 +24,9 @@ struct SettingsActions {
     static void toggleAscending(const BrowserContext& context);
     // `key` is one of "name", "date", "size", "kind".
     static void setSort(const BrowserContext& context, const std::string& key);
+    // A column header clicked: sorts by `key`, ascending; the key already sorted by
+    // flips the direction instead.
+    static void sortByColumn(const BrowserContext& context, const std::string& key);
     static void toggleInfo(const BrowserContext& context, const std::string& key);
 
     // "Name", "Date Modified", "Size", "Kind", then "Ascending" and "Folders First",

@@ -3,11 +3,11 @@
 #include "app/cli_keep.h"
 #include "config/settings_file.h"
 #include "fs/fmt.h"
+#include "fs/name_search.h"
 #include "fs/paths.h"
 #include "fs/scanner.h"
 
 namespace {
-constexpr int64_t kSearchDepth = 64;
 constexpr size_t kSizeColumn = 10;
 }
 
@@ -26,7 +26,7 @@ int CLISearch::run(const Args& args, CliOut& out)
     } else {
         scanner.setSearchFilter(&filter); // keep only what is printed
     }
-    NodeStorePtr store = scanner.scanStore(expandTilde(typedPath), kSearchDepth);
+    NodeStorePtr store = scanner.scanStore(expandTilde(typedPath), kNameSearchDepth);
     cliKeepUntilExit(store);
     // Pre-order, root first, the path built up in one buffer as the walk goes down.
     size_t matches = 0;

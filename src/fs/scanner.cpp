@@ -114,7 +114,7 @@ private:
 class ScanRun {
 public:
     ScanRun(NodeStore& store, const BrondelSettings& settings, int threads, const NameFilter* searchFilter,
-        ScanMeta meta)
+        ScanMeta meta, const ScanWatch* watch)
         : m_store(store)
         , m_settings(settings)
         , m_threads(threads)
@@ -123,6 +123,7 @@ public:
         // order is made again once the status is in); folders-first needs to know folders.
         , m_statusForAll(meta == ScanMeta::Full && (settings.sortBy == "date" || settings.sortBy == "size"))
         , m_namesFirst(meta == ScanMeta::NamesFirst)
+        , m_watch(watch)
     {
     }
 
@@ -193,6 +194,8 @@ private:
     void readFolder(Job& job, std::vector<Job>& subs)
     {
         NodeRecord& parent = *job.record;
+        if (m_watch && m_watch->cancel && m_watch->cancel->load(std::memory_order_relaxed))
+            return;
         const std::string path = m_store.path(parent);
         // Held here until the subfolders that open through the same base have it.
         const std::shared_ptr<DirFd> base = std::move(job.base);
@@ -282,6 +285,8 @@ private:
         parent.childCount = uint32_t(kept.size());
         if (m_namesFirst && std::any_of(children, children + kept.size(), [](const NodeRecord& r) { return !(r.meta & kMetaKnown); }))
             parent.flags |= kNodeMetaPending;
+        if (m_watch && m_watch->folderRead)
+            m_watch->folderRead(m_store, parent);
     }
 
     // Asks for the entry's status where needed and decides whether it is listed.
@@ -379,6 +384,7 @@ private:
     const NameFilter* const m_searchFilter;
     const bool m_statusForAll;
     const bool m_namesFirst;
+    const ScanWatch* const m_watch;
     std::optional<WalkGate> m_gate; // set before the walk starts, for deep scans
 };
 
@@ -393,7 +399,7 @@ NodeStorePtr Scanner::scanStore(const std::string& path, int64_t depth, ScanMeta
 {
     auto store = std::make_shared<NodeStore>(path);
     if (depth >= 1)
-        ScanRun(*store, m_settings, m_threads, m_searchFilter, meta).run(depth);
+        ScanRun(*store, m_settings, m_threads, m_searchFilter, meta, m_watch).run(depth);
     return store;
 }
 

@@ -13,7 +13,9 @@
 #include "fs/kind_table.h"
 #include "fs/node_store.h"
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 // Case-insensitive name matching for the search: the query is lower-cased once; ASCII
@@ -29,6 +31,15 @@ private:
 
 enum class ScanMeta { Full, NamesFirst };
 
+// Follows a scan as it goes (a search that shows what it finds while it walks).
+// `folderRead` runs on the scan's threads, possibly two at once, as soon as a folder's
+// entries are in the store; a set `cancel` stops the walk at the next folder, whose
+// read and everything below it are skipped.
+struct ScanWatch {
+    std::function<void(const NodeStore& store, const NodeRecord& folder)> folderRead;
+    const std::atomic<bool>* cancel = nullptr;
+};
+
 class Scanner {
 public:
     // The settings decide hidden files and the sort; they are copied once.
@@ -40,6 +51,8 @@ public:
     // may match). Sorting is stable, so what is kept stands in the same order as in a
     // full scan; the folders kept this way carry size 0 and no date.
     void setSearchFilter(const NameFilter* filter) { m_searchFilter = filter; }
+    // The watch must outlive the scans made with it.
+    void setWatch(const ScanWatch* watch) { m_watch = watch; }
 
     // The tree for `path` (as given) with its children read `depth` levels deep, in the
     // compact store. With ScanMeta::NamesFirst only entries whose status tells whether
@@ -61,6 +74,7 @@ private:
     BrondelSettings m_settings;
     int m_threads = 2;
     const NameFilter* m_searchFilter = nullptr;
+    const ScanWatch* m_watch = nullptr;
 };
 
 

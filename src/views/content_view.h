@@ -14,6 +14,7 @@
 
 class QAbstractItemView;
 class QMenu;
+struct ListColumnWidths;
 
 struct ContentHooks {
     std::function<void(const std::string&)> openFolder; // a folder activated
@@ -21,6 +22,10 @@ struct ContentHooks {
     // Fills the context menu of a row (a file, a folder or a section header), or of
     // empty space when the node is null.
     std::function<void(QMenu&, const DirNodePtr&)> fillMenu;
+    // A click on the list's column header: "name", "date", "size" or "kind".
+    std::function<void(const std::string& key)> sortBy;
+    // The list's column widths as the user left them (null: a view of its own).
+    std::shared_ptr<ListColumnWidths> listWidths;
 };
 
 // Builds the view of `mode` for `root`, with the favourites `headers` above its rows.

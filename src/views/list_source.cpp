@@ -45,11 +45,11 @@ QVariant ListSource::headerData(int section, Qt::Orientation orientation, int ro
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     switch (section) {
-    case Name: return QStringLiteral("Name");
+    case Name: return tr("Name");
     // The key the folder is sorted by says so while its values are still being read.
-    case Date: return sortPending() ? QStringLiteral("Date Modified \u2026") : QStringLiteral("Date Modified");
-    case Size: return sortPending() ? QStringLiteral("Size \u2026") : QStringLiteral("Size");
-    case Kind: return QStringLiteral("Kind");
+    case Date: return sortPending() ? tr("Date Modified \u2026") : tr("Date Modified");
+    case Size: return sortPending() ? tr("Size \u2026") : tr("Size");
+    case Kind: return tr("Kind");
     }
     return {};
 }

@@ -8,11 +8,43 @@
 #include <QScrollBar>
 #include <QMenu>
 
+#include <algorithm>
+
+namespace {
+
+// Below these a column's text is mostly ellipsis.
+constexpr std::array<int, ListSource::ColumnCount> kMinWidths{120, 90, 60, 50};
+// Name gets at least this much (or half a narrow view) before it is squeezed too.
+constexpr int kNameReadable = 220;
+
+constexpr std::array<const char*, ListSource::ColumnCount> kSortKeys{"name", "date", "size", "kind"};
+
+} // namespace
+
+std::array<int, ListSource::ColumnCount> listColumnsFit(int available, const ListColumnWidths& widths)
+{
+    std::array<int, ListSource::ColumnCount> out = widths.preferred;
+    const int readable = std::max(kMinWidths[ListSource::Name], std::min(kNameReadable, available / 2));
+    int name = available - (out[ListSource::Date] + out[ListSource::Size] + out[ListSource::Kind]);
+    for (int column : {ListSource::Kind, ListSource::Size, ListSource::Date}) {
+        if (name >= readable)
+            break;
+        const int give = std::min(readable - name, out[column] - kMinWidths[column]);
+        if (give > 0) {
+            out[column] -= give;
+            name += give;
+        }
+    }
+    out[ListSource::Name] = std::max(kMinWidths[ListSource::Name], name);
+    return out;
+}
+
 BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext& context, ContentHooks hooks,
     QWidget* parent)
     : QTreeView(parent)
     , m_source(source)
     , m_hooks(std::move(hooks))
+    , m_widths(m_hooks.listWidths ? m_hooks.listWidths : std::make_shared<ListColumnWidths>())
 {
     source->setParent(this);
     setUniformRowHeights(true); // a folder of 100,000 rows lays out in constant time
@@ -24,10 +56,17 @@ BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext&
     setAllColumnsShowFocus(true);
     setExpandsOnDoubleClick(false);
     header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(ListSource::Name, QHeaderView::Stretch);
-    header()->resizeSection(ListSource::Date, 170);
-    header()->resizeSection(ListSource::Size, 190);
-    header()->resizeSection(ListSource::Kind, 110);
+    header()->setSectionResizeMode(QHeaderView::Interactive);
+    header()->setMinimumSectionSize(kMinWidths[ListSource::Kind]);
+    header()->setSectionsClickable(true);
+    header()->setSectionsMovable(false);
+    showSortIndicator(*context.settings);
+    fitColumns();
+    connect(header(), &QHeaderView::sectionResized, this, &BrondelOutlineView::columnResized);
+    connect(header(), &QHeaderView::sectionClicked, this, [this](int column) {
+        if (column >= 0 && column < ListSource::ColumnCount && m_hooks.sortBy)
+            m_hooks.sortBy(kSortKeys[size_t(column)]);
+    });
     spanHeaders({}, 0, source->rowCount() - 1);
     connect(source, &QAbstractItemModel::rowsInserted, this, &BrondelOutlineView::spanHeaders);
     connect(this, &QAbstractItemView::activated, this,
@@ -60,7 +99,38 @@ void BrondelOutlineView::noteVisible()
 void BrondelOutlineView::resizeEvent(QResizeEvent* event)
 {
     QTreeView::resizeEvent(event);
+    fitColumns();
     noteVisible();
+}
+
+void BrondelOutlineView::fitColumns()
+{
+    const std::array<int, ListSource::ColumnCount> widths = listColumnsFit(viewport()->width(), *m_widths);
+    m_fitting = true;
+    for (int column = 0; column < ListSource::ColumnCount; ++column)
+        if (header()->sectionSize(column) != widths[size_t(column)])
+            header()->resizeSection(column, widths[size_t(column)]);
+    m_fitting = false;
+}
+
+void BrondelOutlineView::columnResized(int column, int oldWidth, int newWidth)
+{
+    if (m_fitting || column < 0 || column >= ListSource::ColumnCount)
+        return;
+    auto& preferred = m_widths->preferred;
+    if (column == ListSource::Name)
+        preferred[ListSource::Date] = std::max(kMinWidths[ListSource::Date], preferred[ListSource::Date] - (newWidth - oldWidth));
+    else
+        preferred[size_t(column)] = std::max(kMinWidths[size_t(column)], newWidth);
+    fitColumns();
+}
+
+void BrondelOutlineView::showSortIndicator(const BrondelSettings& settings)
+{
+    const auto key = std::find(kSortKeys.begin(), kSortKeys.end(), settings.sortBy);
+    header()->setSortIndicatorShown(key != kSortKeys.end());
+    if (key != kSortKeys.end())
+        header()->setSortIndicator(int(key - kSortKeys.begin()), settings.ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
 }
 
 void BrondelOutlineView::spanHeaders(const QModelIndex& parent, int first, int last)

@@ -7,6 +7,21 @@
 
 #include <QTreeView>
 
+#include <array>
+#include <memory>
+
+// The widths of the list's columns that the user chose. The pane keeps them for the
+// life of its window, so a view rebuilt on navigation lays its columns out the same.
+// Name has no width of its own: it takes whatever the others leave.
+struct ListColumnWidths {
+    std::array<int, ListSource::ColumnCount> preferred{0, 170, 190, 110};
+};
+
+// The columns' widths in `available` pixels: Date, Size and Kind at their preferred
+// widths and Name the rest; when that leaves Name too narrow to read, Kind, Size and
+// Date give way in that order, down to their minimum widths.
+std::array<int, ListSource::ColumnCount> listColumnsFit(int available, const ListColumnWidths& widths);
+
 class BrondelOutlineView : public QTreeView {
     Q_OBJECT
 public:
@@ -33,7 +48,16 @@ protected:
 
 private:
     void spanHeaders(const QModelIndex& parent, int first, int last);
+    // Lays the columns out for the viewport's width (listColumnsFit).
+    void fitColumns();
+    // A column the user resized keeps that width; a drag of Name's edge moves the
+    // border with Date, as a splitter would.
+    void columnResized(int column, int oldWidth, int newWidth);
+    // Shows the settings' sort key and direction on the header.
+    void showSortIndicator(const BrondelSettings& settings);
 
     ListSource* m_source;
     ContentHooks m_hooks;
+    std::shared_ptr<ListColumnWidths> m_widths;
+    bool m_fitting = false;
 };

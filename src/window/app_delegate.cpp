@@ -1,6 +1,7 @@
 #include "window/app_delegate.h"
 
 #include "actions/menu_setup.h"
+#include "actions/settings_actions.h"
 #include "cards/cards_changed.h"
 #include "fs/file_io.h"
 #include "window/browser_frame.h"
@@ -27,6 +28,7 @@ AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, View
     m_context.edits = &m_edits;
     m_context.settings = &settings;
     m_context.openWindow = [this](const std::string& folder, const std::string& select) { openFolder(folder, select); };
+    m_context.sortByColumn = [this](const std::string& key) { SettingsActions::sortByColumn(m_context, key); };
 }
 
 AppDelegate::~AppDelegate()

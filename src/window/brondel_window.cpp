@@ -6,15 +6,15 @@
 #include "fs/file_io.h"
 #include "fs/volume.h"
 #include "views/content_view.h"
+#include "views/list_view.h"
 #include "window/core_bridge.h"
+#include "window/dim_veil.h"
 #include "window/scan_service.h"
 
 #include <algorithm>
 #include <utility>
 #include <QApplication>
 #include <QFile>
-#include <QGraphicsOpacityEffect>
-#include <QPropertyAnimation>
 #include <QVBoxLayout>
 
 namespace {
@@ -50,6 +50,7 @@ BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserCo
     , m_rootNode(std::move(rootNode))
     , m_isComputerRoot(kind == RootKind::Computer)
     , m_title(decode(m_rootNode->name))
+    , m_listWidths(std::make_shared<ListColumnWidths>())
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -57,12 +58,7 @@ BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserCo
     m_contentLayout = new QVBoxLayout(m_contentBox);
     m_contentLayout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_contentBox);
-    m_opacity = new QGraphicsOpacityEffect(m_contentBox);
-    m_opacity->setOpacity(1.0);
-    m_opacity->setEnabled(false); // an idle effect would re-render the view off-screen
-    m_contentBox->setGraphicsEffect(m_opacity);
-    m_fade = new QPropertyAnimation(m_opacity, "opacity", this);
-    m_fade->setDuration(kDimFadeMs);
+    m_veil = new DimVeil(m_contentBox, kDimFadeMs);
 }
 
 BrondelWindow::~BrondelWindow()
@@ -81,17 +77,10 @@ void BrondelWindow::setTitle(const QString& title)
 
 void BrondelWindow::setOpacity(double opacity, bool animated)
 {
-    m_fade->stop();
     m_dimmed = opacity < 1.0;
-    if (animated && m_context.animate) {
-        m_opacity->setEnabled(true);
-        m_fade->setStartValue(m_opacity->opacity());
-        m_fade->setEndValue(opacity);
-        m_fade->start();
-        return;
-    }
-    m_opacity->setOpacity(opacity);
-    m_opacity->setEnabled(m_dimmed);
+    // The content at `opacity` over the window's ground looks the same as the ground
+    // over the content at 1 - opacity.
+    m_veil->setStrength(1.0 - opacity, animated && m_context.animate);
 }
 
 void BrondelWindow::navigateLocal(const std::string& path)
@@ -277,9 +266,12 @@ void BrondelWindow::rebuildMode(ViewMode mode)
     hooks.openFolder = [this](const std::string& path) { openFolder(path); };
     hooks.openFile = [this](const std::string& path) { emit fileOpenRequested(path); };
     hooks.fillMenu = [this](QMenu& menu, const DirNodePtr& node) { contextMenuFill(menu, *this, node); };
+    hooks.sortBy = m_context.sortByColumn;
+    hooks.listWidths = m_listWidths;
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);
+    m_veil->raise(); // a view rebuilt while dimmed stays under the veil
     emit modeChanged(mode);
     if (hadFocus)
         contentViewFocus(m_contentView)->setFocus(Qt::OtherFocusReason);

@@ -13,12 +13,13 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-class QGraphicsOpacityEffect;
-class QPropertyAnimation;
+struct ListColumnWidths;
+class DimVeil;
 class QVBoxLayout;
 
 enum class RootKind { Folder, Computer };
@@ -107,8 +108,7 @@ private:
     QWidget* m_contentBox = nullptr;
     QVBoxLayout* m_contentLayout = nullptr;
     QWidget* m_contentView = nullptr;
-    QGraphicsOpacityEffect* m_opacity = nullptr;
-    QPropertyAnimation* m_fade = nullptr;
+    DimVeil* m_veil = nullptr; // over the content while a slow load is on its way
     bool m_dimmed = false;
     Cables* m_cables = nullptr;
     int64_t m_scanGeneration = 0;
@@ -116,4 +116,5 @@ private:
     std::vector<std::string> m_navHistory;
     std::vector<std::string> m_forwardHistory;
     std::string m_selectAfterLoad;
+    std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
 };

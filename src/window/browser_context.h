@@ -33,6 +33,10 @@ struct BrowserContext {
     // Opens a new window on `folder` with the item at `select` (if any) selected; empty
     // when windows are not opened from here (tests).
     std::function<void(const std::string& folder, const std::string& select)> openWindow;
+    // A click on a list's column header: sorts by `key` ("name", "date", "size",
+    // "kind"), or flips the direction when it is the key already. Empty: headers only
+    // show the sort.
+    std::function<void(const std::string& key)> sortByColumn;
 
     void later(int milliseconds, QObject* context, std::function<void()> call) const;
     using Build = std::function<DirNodePtr()>;

@@ -8,8 +8,11 @@
 #include "window/folder_status_bar.h"
 #include "window/jack_view.h"
 #include "window/pane_header.h"
+#include "views/content_view.h"
 #include "window/pane_view.h"
 #include "window/path_entry.h"
+#include "window/search_panel.h"
+#include "window/shortcuts.h"
 #include "window/sidebar_view.h"
 
 #include <QAbstractItemView>
@@ -19,6 +22,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QShortcut>
+#include <QSplitter>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
     : QMainWindow(parent)
@@ -43,9 +47,24 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     m_sidebar = new SidebarView(context.scans, central);
     connect(m_sidebar, &SidebarView::locationChosen, this, &BrowserFrame::navigateTo);
     row->addWidget(m_sidebar);
-    m_area = new PaneArea(central);
-    row->addWidget(m_area, 1);
+    // The search's results open below the panes, which keep most of the height.
+    auto* stack = new QSplitter(Qt::Vertical, central);
+    stack->setChildrenCollapsible(false);
+    m_area = new PaneArea(stack);
+    stack->addWidget(m_area);
+    m_search = new SearchPanel(context, stack);
+    m_search->hide();
+    stack->addWidget(m_search);
+    stack->setStretchFactor(0, 3);
+    stack->setStretchFactor(1, 1);
+    row->addWidget(stack, 1);
     setCentralWidget(central);
+    connect(m_search, &SearchPanel::revealRequested, this, &BrowserFrame::reveal);
+    m_findAction = new QAction(tr("Find…"), this);
+    m_findAction->setShortcut(shortcutKeys(Shortcut::Find));
+    m_findAction->setShortcutContext(Qt::WindowShortcut);
+    addAction(m_findAction);
+    connect(m_findAction, &QAction::triggered, this, &BrowserFrame::openSearch);
 
     m_status = new FolderStatusBar(context, this);
     setStatusBar(m_status);
@@ -271,6 +290,7 @@ void BrowserFrame::paneLocationChanged(BrondelWindow* pane)
     if (pane != m_active)
         return;
     m_sidebar->select(pane->currentLocation());
+    m_search->setRoot(pane->currentLocation()); // a search under the folder left stops
     syncHistory();
 }
 
@@ -281,6 +301,23 @@ void BrowserFrame::syncHistory()
     m_toolbar->item("back")->setEnabled(canGoBack);
     m_toolbar->item("forward")->setEnabled(canGoForward);
     emit historyChanged(canGoBack, canGoForward);
+}
+
+void BrowserFrame::openSearch()
+{
+    m_search->open(m_active->currentLocation());
+}
+
+void BrowserFrame::reveal(const std::string& folder, const std::string& select)
+{
+    if (folder == m_active->currentLocation()) {
+        if (!select.empty())
+            contentViewSelect(m_active->contentView(), select);
+        return;
+    }
+    if (!select.empty())
+        m_active->selectAfterLoad(select);
+    navigateTo(folder);
 }
 
 void BrowserFrame::openPathEntry()
@@ -305,11 +342,13 @@ void BrowserFrame::setActivePane(BrondelWindow* pane)
         return;
     m_active = pane;
     m_status->setPane(pane);
+    m_search->setRoot(pane->currentLocation());
     setWindowTitle(pane->title());
     for (PaneView* view : m_area->paneViews())
         view->header()->setActive(view->host() == pane);
     m_toolbar->syncMode(pane->currentMode());
     m_sidebar->select(pane->currentLocation());
+    m_search->setRoot(pane->currentLocation()); // a search under the folder left stops
     syncHistory();
 }
 

@@ -18,6 +18,7 @@ class CableOverlay;
 class DropOverlay;
 class FolderStatusBar;
 class PathEntry;
+class SearchPanel;
 class PaneView;
 class SidebarView;
 
@@ -44,6 +45,14 @@ public:
 
     // Opens the location field over the active pane's header (Ctrl+L).
     void openPathEntry();
+    // Opens the search below the active pane's folder (Ctrl+F, findAction()).
+    void openSearch();
+    SearchPanel* search() const { return m_search; }
+    // The window's Find item: the menus add this very action, so its key stays one
+    // shortcut whether or not the window has menus.
+    QAction* findAction() const { return m_findAction; }
+    // Shows `folder` in the active pane with `select` (if any) selected.
+    void reveal(const std::string& folder, const std::string& select);
 
     // Navigation and modes, routed to the active pane.
     void navigateTo(const std::string& path);
@@ -107,6 +116,8 @@ private:
     BrondelWindow* m_active = nullptr;
     FolderStatusBar* m_status = nullptr;
     PathEntry* m_pathEntry = nullptr;
+    SearchPanel* m_search = nullptr;
+    QAction* m_findAction = nullptr;
 };
 
 // The open browser windows.

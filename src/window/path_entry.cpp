@@ -49,6 +49,14 @@ QString pathEntryFolderPart(const QString& typed)
     return slash < 0 ? QString() : typed.left(slash + 1);
 }
 
+void fieldNameClearButton(QLineEdit& field, const QString& description)
+{
+    for (QAbstractButton* button : field.findChildren<QAbstractButton*>()) {
+        button->setAccessibleName(QObject::tr("Clear"));
+        button->setAccessibleDescription(description);
+    }
+}
+
 PathEntry::PathEntry(const BrowserContext& context, QWidget* parent)
     : QFrame(parent)
     , m_context(context)
@@ -63,11 +71,7 @@ PathEntry::PathEntry(const BrowserContext& context, QWidget* parent)
     m_edit->setAccessibleName(tr("Location"));
     m_edit->setPlaceholderText(tr("Type a folder, e.g. ~/Documents"));
     m_edit->setClearButtonEnabled(true);
-    // Qt's clear button has no name of its own: a screen reader would announce nothing.
-    for (QAbstractButton* button : m_edit->findChildren<QAbstractButton*>()) {
-        button->setAccessibleName(tr("Clear"));
-        button->setAccessibleDescription(tr("Clears the location"));
-    }
+    fieldNameClearButton(*m_edit, tr("Clears the location"));
     layout->addWidget(m_edit);
     m_error = new QLabel(this);
     m_error->setAccessibleName(tr("Location error"));

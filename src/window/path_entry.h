@@ -18,6 +18,10 @@ class QLabel;
 class QLineEdit;
 class QStringListModel;
 
+// Names the clear button of a text field (Qt's has no name of its own, so a screen
+// reader would announce nothing) and describes it.
+void fieldNameClearButton(QLineEdit& field, const QString& description);
+
 class PathEntry : public QFrame {
     Q_OBJECT
 public:

@@ -15,6 +15,7 @@ QKeySequence shortcutKeys(Shortcut shortcut)
     case Shortcut::CloseWindow: return QKeySequence(Qt::CTRL | Qt::Key_W);
     case Shortcut::Copy: return QKeySequence(Qt::CTRL | Qt::Key_C);
     case Shortcut::SelectAll: return QKeySequence(Qt::CTRL | Qt::Key_A);
+    case Shortcut::Find: return QKeySequence(Qt::CTRL | Qt::Key_F);
     case Shortcut::AsIcons: return QKeySequence(Qt::CTRL | Qt::Key_1);
     case Shortcut::AsList: return QKeySequence(Qt::CTRL | Qt::Key_2);
     case Shortcut::AsColumns: return QKeySequence(Qt::CTRL | Qt::Key_3);

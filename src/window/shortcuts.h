@@ -19,6 +19,7 @@ enum class Shortcut {
     CloseWindow,
     Copy,
     SelectAll,
+    Find,
     AsIcons,
     AsList,
     AsColumns,

@@ -49,6 +49,7 @@ const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable
         {"plus.square", {"window-maximize", "window-maximize-symbolic"}},
         {"doc.on.doc", {"edit-copy", "edit-copy-symbolic"}},
         {"checkmark.square", {"edit-select-all", "edit-select-all-symbolic"}},
+        {"magnifyingglass", {"edit-find", "edit-find-symbolic"}},
         {"folder.badge.plus", {"folder-new", "folder-new-symbolic"}},
         {"arrow.up.forward.app", {"document-open", "document-open-symbolic"}},
         {"star.slash", {"non-starred", "non-starred-symbolic"}},

@@ -4,10 +4,16 @@
 
 #include "../window/gui_test_main.h"
 #include "actions/menu_setup.h"
+#include "actions/settings_actions.h"
 #include "config/settings_file.h"
 #include "sizes/info_module.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
+#include "views/list_view.h"
+
+#include <QHeaderView>
+
+#include <tuple>
 
 #include <QMenu>
 #include <QMenuBar>
@@ -125,6 +131,43 @@ private slots:
         action(view, QStringLiteral("Show Hidden Files"))->trigger();
         theirs.showHidden = !hidden;
         QTRY_COMPARE(settingsLoad(), theirs);
+    }
+
+    void headerClicksSortAndFlipLikeTheMenu()
+    {
+        TestContext t;
+        t.context.sortByColumn = [&t](const std::string& key) { SettingsActions::sortByColumn(t.context, key); };
+        t.context.settings = &Settings::current(); // the windows show the process's settings, as in the application
+        auto frame = frameWithMenus(t);
+        frame->show();
+        QVERIFY(QTest::qWaitForWindowExposed(frame.get()));
+        BrondelSettings theirs = settingsLoad(); // a hand edit of another key meanwhile stays
+        theirs.recentTitle = "Lately";
+        QVERIFY(settingsSave(theirs));
+        auto header = [&] {
+            t.scans.finishAll();
+            auto* view = qobject_cast<BrondelOutlineView*>(frame->activePane()->contentView());
+            return view ? view->header() : nullptr;
+        };
+        // The column clicked, then the key and direction in the file and on the header.
+        const std::tuple<int, const char*, bool> clicks[] = {{ListSource::Date, "date", true},
+            {ListSource::Date, "date", false}, {ListSource::Kind, "kind", true}};
+        for (const auto& [column, key, ascending] : clicks) {
+            QTRY_VERIFY(header() && header()->height() > 0); // laid out
+            QTest::mouseClick(header()->viewport(), Qt::LeftButton, {},
+                QPoint(header()->sectionViewportPosition(column) + 10, header()->height() / 2));
+            QTRY_VERIFY(settingsLoad().sortBy == key && settingsLoad().ascending == ascending);
+            QCOMPARE(settingsLoad().recentTitle, std::string("Lately"));
+            QTRY_VERIFY(t.scans.count() > 0); // the windows reload in the new order
+            QCOMPARE(header()->sortIndicatorSection(), column);
+            QCOMPARE(header()->sortIndicatorOrder(), ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+        }
+        // A change from the menu shows on the header too.
+        QMenu* sort = submenu(topMenu(frame->menuBar(), QStringLiteral("View")), QStringLiteral("Sort By"));
+        emit sort->aboutToShow();
+        action(sort, QStringLiteral("Size"))->trigger();
+        QTRY_VERIFY(t.scans.count() > 0);
+        QCOMPARE(header()->sortIndicatorSection(), int(ListSource::Size));
     }
 };
 

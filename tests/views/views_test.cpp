@@ -11,6 +11,7 @@
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 
+#include <QHeaderView>
 #include <QItemSelectionModel>
 
 namespace {
@@ -67,6 +68,18 @@ public:
     }
     mutable int texts = 0;
 };
+
+// The list of the fixture's folder, shown with a viewport `width` wide.
+std::unique_ptr<BrondelOutlineView> shownList(Fixture& f, const ContentHooks& hooks, int width)
+{
+    auto view = std::make_unique<BrondelOutlineView>(new ListSource(f.root, {}, f.t.context), f.t.context, hooks);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->resize(width + 2 * view->frameWidth(), 300);
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view.get()))
+        return nullptr;
+    return view;
+}
 
 } // namespace
 
@@ -256,7 +269,7 @@ private slots:
         Fixture f;
         std::vector<std::string> folders, files;
         ContentHooks hooks{[&](const std::string& p) { folders.push_back(p); },
-            [&](const std::string& p) { files.push_back(p); }, {}};
+            [&](const std::string& p) { files.push_back(p); }, {}, {}, {}};
         auto* source = new ListSource(f.root, f.t.headers, f.t.context);
         BrondelOutlineView view(source, f.t.context, hooks);
         emit view.activated(source->index(3, 0));
@@ -264,6 +277,60 @@ private slots:
         emit view.activated(source->index(0, 0)); // a header: nothing
         QCOMPARE(folders, std::vector<std::string>{f.tree.path("root/a")});
         QCOMPARE(files, std::vector<std::string>{f.tree.path("root/d.txt")});
+    }
+
+    void nameTakesTheSpareWidthAndWidthsSurviveARebuild()
+    {
+        // Viewport width, what Name gets at least and the other columns at most.
+        const int cases[][3] = {{1400, 900, 190}, {700, 220, 190}, {380, 180, 90}};
+        Fixture f;
+        ContentHooks hooks;
+        hooks.listWidths = std::make_shared<ListColumnWidths>();
+        for (const auto& [width, nameAtLeast, othersAtMost] : cases) {
+            auto view = shownList(f, hooks, width);
+            QHeaderView* header = view->header();
+            QVERIFY2(header->sectionSize(ListSource::Name) >= nameAtLeast, qPrintable(QString::number(width)));
+            int total = 0;
+            for (int column = 0; column < ListSource::ColumnCount; ++column) {
+                total += header->sectionSize(column);
+                QVERIFY(column == ListSource::Name || header->sectionSize(column) <= othersAtMost);
+            }
+            QCOMPARE(total, width); // no empty space, nothing cut off at the right
+        }
+        // Widths the user dragged: a view built again (on navigation) keeps them.
+        auto view = shownList(f, hooks, 900);
+        view->header()->resizeSection(ListSource::Kind, 160);
+        view->header()->resizeSection(ListSource::Name, view->header()->sectionSize(ListSource::Name) + 40);
+        view = shownList(f, hooks, 900);
+        QCOMPARE(view->header()->sectionSize(ListSource::Kind), 160);
+        QCOMPARE(view->header()->sectionSize(ListSource::Date), 170 - 40); // Name's border moved into Date
+    }
+
+    void headerShowsTheSortAndReportsClicks()
+    {
+        Fixture f;
+        f.t.settings.sortBy = "size";
+        f.t.settings.ascending = false;
+        std::vector<std::string> keys;
+        ContentHooks hooks;
+        hooks.sortBy = [&](const std::string& key) { keys.push_back(key); };
+        auto view = shownList(f, hooks, 900);
+        QHeaderView* header = view->header();
+        QVERIFY(header->isSortIndicatorShown());
+        QCOMPARE(header->sortIndicatorSection(), int(ListSource::Size));
+        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+        for (int column : {ListSource::Kind, ListSource::Name, ListSource::Date})
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                QPoint(header->sectionViewportPosition(column) + 10, header->height() / 2));
+        QCOMPARE(keys, (std::vector<std::string>{"kind", "name", "date"}));
+
+        // A folder read names first: the header says its sizes are still coming, beside
+        // the indicator, until the order by size is made.
+        auto* pending = new ListSource(ScanService::scanListing(f.tree.path("root"), f.t.settings), {}, f.t.context);
+        BrondelOutlineView reading(pending, f.t.context, hooks);
+        QCOMPARE(pending->headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(), QStringLiteral("Size \u2026"));
+        QCOMPARE(reading.header()->sortIndicatorSection(), int(ListSource::Size));
+        QTRY_COMPARE(pending->headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(), QStringLiteral("Size"));
     }
 };
 

@@ -10,6 +10,8 @@
 #include "fs/volume.h"
 
 #include <QAbstractItemView>
+#include <QScreen>
+#include <QWindow>
 
 #include <atomic>
 #include <mutex>
@@ -211,6 +213,61 @@ private slots:
         QVERIFY(pane->isDimmed());
         t.scans.finish(1);
         QVERIFY(!pane->isDimmed());
+    }
+
+    void dimmingIsSeenOnScreenAndLiftedOnArrival_data()
+    {
+        QTest::addColumn<bool>("animated");
+        QTest::newRow("at once") << false;
+        QTest::newRow("faded") << true;
+    }
+
+    void dimmingIsSeenOnScreenAndLiftedOnArrival()
+    {
+        QFETCH(bool, animated);
+        TempTree tree;
+        for (int i = 0; i < 12; ++i)
+            tree.file("folder/file " + std::to_string(i) + ".txt", "text");
+        TestContext t;
+        t.context.animate = animated;
+        auto pane = paneAt(t, tree.path("folder"));
+        pane->resize(700, 400);
+        pane->show();
+        QVERIFY(QTest::qWaitForWindowExposed(pane.get()));
+        pane->reload();
+        t.scans.finishAll();
+        QCoreApplication::processEvents();
+        // How far the pane stands out from the window's ground: dimmed to half opacity,
+        // every pixel is halfway to the ground.
+        auto ink = [&] {
+            // What the screen shows (the backing store), not a fresh rendering of the widget.
+            QCoreApplication::processEvents();
+            const QImage image = pane->screen()->grabWindow(pane->windowHandle()->winId()).toImage();
+            const int ground = qGray(pane->palette().color(QPalette::Window).rgb());
+            qint64 sum = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    sum += std::abs(qGray(image.pixel(x, y)) - ground);
+            return sum;
+        };
+        const qint64 shown = ink();
+        QVERIFY(shown > 0);
+
+        pane->reload(); // a read that takes its time
+        t.fireDeferred();
+        QVERIFY(pane->isDimmed());
+        QTest::qWait(animated ? 400 : 0);
+        auto halfAsStrong = [&] {
+            const qint64 dimmed = ink();
+            return dimmed > shown * 4 / 10 && dimmed < shown * 6 / 10;
+        };
+        QVERIFY(halfAsStrong());
+        pane->rebuildMode(ViewMode::List); // a view built while the load is on its way
+        QVERIFY(halfAsStrong());
+
+        t.scans.finishAll();
+        QCoreApplication::processEvents();
+        QTRY_COMPARE(ink(), shown);
     }
 
     void supersededLoadIsNotDimmedLater()
