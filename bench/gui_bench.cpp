@@ -12,8 +12,8 @@
 #include "sizes/info_notifier.h"
 #include "views/node_tree_model.h"
 #include "window/browser_frame.h"
-#include "window/scan_service.h"
-#include "window/theme_icons.h"
+#include "services/scan_service.h"
+#include "services/theme_icons.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

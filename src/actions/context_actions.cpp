@@ -10,7 +10,7 @@
 #include "fs/trash_op.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 
 #include <QApplication>
 #include <QFile>

@@ -14,7 +14,7 @@
 #include "fs/sys_calls.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 
 #include <QApplication>
 #include <QColorDialog>

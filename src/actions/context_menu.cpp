@@ -4,7 +4,7 @@
 #include "actions/management_windows.h"
 #include "config/palette.h"
 #include "window/brondel_window.h"
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 #include "window/sidebar_view.h"
 
 #include <QFile>

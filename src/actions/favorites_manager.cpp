@@ -4,9 +4,9 @@
 #include "actions/context_actions.h"
 #include "config/config_paths.h"
 #include "fs/paths.h"
-#include "window/browser_context.h"
-#include "window/scan_service.h"
-#include "window/theme_icons.h"
+#include "services/browser_context.h"
+#include "services/scan_service.h"
+#include "services/theme_icons.h"
 
 #include <QColorDialog>
 #include <QDialogButtonBox>

@@ -1,5 +1,6 @@
 #include "actions/menu_setup.h"
 
+#include "services/view_modes.h"
 #include "actions/context_actions.h"
 #include "actions/context_menu.h"
 #include "actions/management_windows.h"
@@ -10,10 +11,10 @@
 #include "views/content_view.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"
-#include "window/scan_service.h"
-#include "window/shortcuts.h"
+#include "services/scan_service.h"
+#include "services/shortcuts.h"
 #include "window/sidebar_view.h"
-#include "window/theme_icons.h"
+#include "services/theme_icons.h"
 
 #include <QAbstractItemView>
 #include <QAbstractSpinBox>
@@ -202,21 +203,18 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
 void viewMenu(QMenuBar* bar, BrowserFrame* frame)
 {
     QMenu* view = bar->addMenu(QObject::tr("&View"));
-    const std::tuple<const char*, Shortcut, const char*> modes[] = {
-        {QT_TR_NOOP("as Icons"), Shortcut::AsIcons, "square.grid.2x2"},
-        {QT_TR_NOOP("as List"), Shortcut::AsList, "list.bullet"},
-        {QT_TR_NOOP("as Columns"), Shortcut::AsColumns, "rectangle.split.3x1"},
-        {QT_TR_NOOP("as Peek"), Shortcut::AsPeek, "square.stack"}};
     auto* modeGroup = new QActionGroup(view);
-    for (int i = 0; i < 4; ++i) {
-        const auto& [title, keys, symbol] = modes[i];
-        QAction* mode =
-            item(view, QObject::tr(title), keys, symbol, frame, [frame, i] { frame->switchMode(ViewMode(i)); });
+    for (const ViewModeItem& entry : viewModeItems()) {
+        const ViewMode chosen = entry.mode;
+        QAction* mode = item(view, viewModeMenuTitle(entry), entry.key, entry.symbol, frame,
+            [frame, chosen] { frame->switchMode(chosen); });
         mode->setCheckable(true);
+        mode->setData(int(chosen));
         modeGroup->addAction(mode);
     }
     QObject::connect(view, &QMenu::aboutToShow, modeGroup, [modeGroup, frame] {
-        modeGroup->actions().at(int(frame->routed()->currentMode()))->setChecked(true);
+        for (QAction* mode : modeGroup->actions())
+            mode->setChecked(mode->data().toInt() == int(frame->routed()->currentMode()));
     });
     item(view, QObject::tr("Split View Right"), Shortcut::SplitRight, "rectangle.split.2x1", frame,
         &BrowserFrame::addPane);

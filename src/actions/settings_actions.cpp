@@ -3,7 +3,7 @@
 #include "actions/context_actions.h"
 #include "config/settings_file.h"
 #include "sizes/info_module.h"
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 
 #include <QMenu>
 

@@ -3,7 +3,7 @@
 // column's contents; size texts of every column refresh when sizes arrive.
 
 #include "views/column_source.h"
-#include "views/content_view.h"
+#include "views/content_hooks.h"
 
 #include <QColumnView>
 

@@ -12,24 +12,7 @@
 #include <cstring>
 #include <set>
 
-void contentActivate(const DirNodePtr& node, const ContentHooks& hooks)
-{
-    if (!node || node->isSectionHeader)
-        return;
-    if (node->isDir) {
-        if (hooks.openFolder)
-            hooks.openFolder(node->path);
-    } else if (hooks.openFile) {
-        hooks.openFile(node->path);
-    }
-}
-
 namespace {
-
-const NodeTreeModel* nodeModel(const QAbstractItemView* view)
-{
-    return view ? qobject_cast<const NodeTreeModel*>(view->model()) : nullptr;
-}
 
 // The item view carrying the selection of a content view.
 QAbstractItemView* selectionView(QWidget* view)
@@ -43,7 +26,7 @@ std::vector<std::string> contentViewSelection(QWidget* view)
 {
     std::vector<std::string> paths;
     QAbstractItemView* items = selectionView(view);
-    const NodeTreeModel* model = nodeModel(items);
+    const NodeTreeModel* model = contentModel(items);
     if (!model || !items->selectionModel())
         return paths;
     std::set<std::string> seen;
@@ -58,7 +41,7 @@ std::vector<std::string> contentViewSelection(QWidget* view)
 bool contentViewSelect(QWidget* view, const std::string& path)
 {
     QAbstractItemView* items = selectionView(view);
-    const NodeTreeModel* model = nodeModel(items);
+    const NodeTreeModel* model = contentModel(items);
     if (!model)
         return false;
     QModelIndex index = model->indexOfPath(path);
@@ -69,31 +52,7 @@ bool contentViewSelect(QWidget* view, const std::string& path)
     return true;
 }
 
-std::unique_ptr<QMenu> contentMenuAt(QAbstractItemView& view, QPoint pos, const ContentHooks& hooks)
-{
-    if (!hooks.fillMenu)
-        return nullptr;
-    const NodeTreeModel* model = nodeModel(&view);
-    QModelIndex index = view.indexAt(pos);
-    DirNodePtr node = model ? model->nodeAt(index) : DirNodePtr();
-    if (node && !node->isSectionHeader)
-        view.selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    auto menu = std::make_unique<QMenu>();
-    hooks.fillMenu(*menu, node);
-    if (menu->isEmpty())
-        return nullptr;
-    return menu;
-}
 
-void contentMenuPopup(std::unique_ptr<QMenu> menu, QWidget& owner, QPoint global)
-{
-    // Not a child of the view: an action may rebuild the view, and a view deleted in
-    // the middle of the menu's own signal would take the menu with it.
-    QMenu* shown = menu.release();
-    QObject::connect(shown, &QMenu::aboutToHide, shown, &QObject::deleteLater);
-    QObject::connect(&owner, &QObject::destroyed, shown, &QMenu::close);
-    shown->popup(global);
-}
 
 namespace {
 

@@ -1,36 +1,10 @@
 #include "views/list_size_cell.h"
 
-#include "sizes/info_module.h"
 #include "views/node_tree_model.h"
 #include "views/row_info_cache.h"
 
 #include <QApplication>
 #include <QPainter>
-
-SizeCellContent listSizeCellFill(const DirNode& node, const BrondelSettings& settings)
-{
-    SizeCellContent cell;
-    if (node.isSectionHeader)
-        return cell;
-    auto modules = InfoModules::enabled(settings);
-    for (const InfoModule* module : modules) {
-        auto fraction = module->fraction(node);
-        if (!fraction)
-            continue;
-        cell.fraction = *fraction;
-        for (const InfoModule* other : modules) {
-            if (auto pair = other->pair(node)) {
-                cell.text = QString::fromStdString(pair->first);
-                cell.free = QString::fromStdString(pair->second);
-                break;
-            }
-        }
-        return cell;
-    }
-    if (auto line = infoLine(node, settings))
-        cell.text = QString::fromStdString(*line);
-    return cell;
-}
 
 ListSizeCell::ListSizeCell(const NodeTreeModel& model, const BrondelSettings& settings, QObject* parent)
     : QStyledItemDelegate(parent)

@@ -2,7 +2,7 @@
 // The list mode's outline view: group rows for the favourites sections, a usage-bar size
 // column, and size texts refreshed for the visible rows when sizes arrive.
 
-#include "views/content_view.h"
+#include "views/content_hooks.h"
 #include "views/list_source.h"
 
 #include <QTreeView>

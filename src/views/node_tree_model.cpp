@@ -4,9 +4,9 @@
 #include "fs/fmt.h"
 #include "fs/sort_nodes.h"
 #include "views/row_info_cache.h"
-#include "window/scan_service.h"
-#include "window/file_icons.h"
-#include "window/theme_icons.h"
+#include "services/scan_service.h"
+#include "services/file_icons.h"
+#include "services/theme_icons.h"
 
 #include <QApplication>
 #include <QFile>

@@ -15,7 +15,7 @@
 #include "fs/dir_node.h"
 #include "fs/node_meta_fill.h"
 #include "fs/node_store.h"
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 
 #include <QAbstractItemModel>
 #include <QIcon>

@@ -50,6 +50,31 @@ DirNodePtr bareCopy(const DirNode& node)
 
 } // namespace
 
+SizeCellContent listSizeCellFill(const DirNode& node, const BrondelSettings& settings)
+{
+    SizeCellContent cell;
+    if (node.isSectionHeader)
+        return cell;
+    auto modules = InfoModules::enabled(settings);
+    for (const InfoModule* module : modules) {
+        auto fraction = module->fraction(node);
+        if (!fraction)
+            continue;
+        cell.fraction = *fraction;
+        for (const InfoModule* other : modules) {
+            if (auto pair = other->pair(node)) {
+                cell.text = QString::fromStdString(pair->first);
+                cell.free = QString::fromStdString(pair->second);
+                break;
+            }
+        }
+        return cell;
+    }
+    if (auto line = infoLine(node, settings))
+        cell.text = QString::fromStdString(*line);
+    return cell;
+}
+
 RowInfo rowInfoCompute(const DirNode& node, const BrondelSettings& settings)
 {
     RowInfo info;

@@ -10,8 +10,7 @@
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
-#include "views/background_work.h"
-#include "views/list_size_cell.h"
+#include "services/background_work.h"
 
 #include <QObject>
 #include <QTimer>
@@ -19,9 +18,20 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <QString>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+
+struct SizeCellContent {
+    std::optional<double> fraction; // the bar; absent hides it and the free text
+    QString text;                   // left text
+    QString free;                   // right text
+};
+
+// What a size cell shows for a node, computed on the calling thread: it may ask the disk
+// about a folder, so the views take it from RowInfoCache instead.
+SizeCellContent listSizeCellFill(const DirNode& node, const BrondelSettings& settings);
 
 struct RowInfo {
     SizeCellContent cell; // the list's size column

@@ -1,11 +1,10 @@
 #include "window/app_delegate.h"
 
-#include "actions/menu_setup.h"
-#include "actions/settings_actions.h"
+#include "window/window_hooks.h"
 #include "cards/cards_changed.h"
 #include "fs/file_io.h"
 #include "window/browser_frame.h"
-#include "window/theme_icons.h"
+#include "services/theme_icons.h"
 
 #include <QApplication>
 #include <QFile>
@@ -28,7 +27,10 @@ AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, View
     m_context.edits = &m_edits;
     m_context.settings = &settings;
     m_context.openWindow = [this](const std::string& folder, const std::string& select) { openFolder(folder, select); };
-    m_context.sortByColumn = [this](const std::string& key) { SettingsActions::sortByColumn(m_context, key); };
+    m_context.sortByColumn = [this](const std::string& key) {
+        if (windowHooks().sortByColumn)
+            windowHooks().sortByColumn(m_context, key);
+    };
 }
 
 AppDelegate::~AppDelegate()
@@ -76,7 +78,8 @@ BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)
     root->name = kind == RootKind::Computer ? "Computer" : pathLastComponent(path);
     root->isDir = true;
     auto* frame = new BrowserFrame(root, kind, m_context);
-    MenuSetup::install(frame);
+    if (windowHooks().installMenus)
+        windowHooks().installMenus(*frame);
     connect(frame, &BrowserFrame::newWindowRequested, this, &AppDelegate::newWindow);
     m_windows.emplace_back(frame);
 

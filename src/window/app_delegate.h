@@ -4,8 +4,8 @@
 
 #include "app/view_mode.h"
 #include "window/brondel_window.h"
-#include "window/browser_context.h"
-#include "window/scan_service.h"
+#include "services/browser_context.h"
+#include "services/scan_service.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,15 +1,15 @@
 #include "window/brondel_window.h"
 
+#include "window/window_hooks.h"
 #include "fs/background_release.h"
 
-#include "actions/context_menu.h"
 #include "fs/file_io.h"
 #include "fs/volume.h"
 #include "views/content_view.h"
 #include "views/list_view.h"
-#include "window/core_bridge.h"
+#include "services/core_bridge.h"
 #include "window/dim_veil.h"
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 
 #include <algorithm>
 #include <utility>
@@ -265,7 +265,10 @@ void BrondelWindow::rebuildMode(ViewMode mode)
     ContentHooks hooks;
     hooks.openFolder = [this](const std::string& path) { openFolder(path); };
     hooks.openFile = [this](const std::string& path) { emit fileOpenRequested(path); };
-    hooks.fillMenu = [this](QMenu& menu, const DirNodePtr& node) { contextMenuFill(menu, *this, node); };
+    hooks.fillMenu = [this](QMenu& menu, const DirNodePtr& node) {
+        if (windowHooks().fillContextMenu)
+            windowHooks().fillContextMenu(menu, *this, node);
+    };
     hooks.sortBy = m_context.sortByColumn;
     hooks.listWidths = m_listWidths;
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);

@@ -7,7 +7,7 @@
 
 #include "app/view_mode.h"
 #include "fs/dir_node.h"
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 #include "window/cable_graph.h"
 
 #include <QWidget>

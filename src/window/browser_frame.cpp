@@ -1,10 +1,10 @@
 #include "window/browser_frame.h"
 
-#include "actions/context_actions.h"
+#include "window/window_hooks.h"
 #include "window/browser_toolbar.h"
 #include "window/cable_overlay.h"
 #include "window/drop_overlay.h"
-#include "window/file_icons.h"
+#include "services/file_icons.h"
 #include "window/folder_status_bar.h"
 #include "window/jack_view.h"
 #include "window/pane_header.h"
@@ -12,7 +12,7 @@
 #include "window/pane_view.h"
 #include "window/path_entry.h"
 #include "window/search_panel.h"
-#include "window/shortcuts.h"
+#include "services/shortcuts.h"
 #include "window/sidebar_view.h"
 
 #include <QAbstractItemView>
@@ -282,7 +282,8 @@ void BrowserFrame::refresh()
 
 void BrowserFrame::trashSelected()
 {
-    ContextActions::trash(*m_active, m_active->selectedPaths());
+    if (windowHooks().trash)
+        windowHooks().trash(*m_active, m_active->selectedPaths());
 }
 
 void BrowserFrame::paneLocationChanged(BrondelWindow* pane)
@@ -331,7 +332,8 @@ void BrowserFrame::openPathEntry()
 
 void BrowserFrame::openFile(const std::string& path)
 {
-    ContextActions::openFile(this, path);
+    if (windowHooks().openFile)
+        windowHooks().openFile(this, path);
 }
 
 // ---- panes

@@ -1,7 +1,8 @@
 #include "window/browser_toolbar.h"
 
-#include "window/shortcuts.h"
-#include "window/theme_icons.h"
+#include "services/view_modes.h"
+#include "services/shortcuts.h"
+#include "services/theme_icons.h"
 
 #include <QActionGroup>
 #include <QMenu>
@@ -28,19 +29,13 @@ BrowserToolbar::BrowserToolbar(QWidget* parent)
     m_modes = new QActionGroup(this);
     m_modes->setObjectName(QStringLiteral("viewmode"));
     m_modes->setExclusive(true);
-    const std::tuple<const char*, const char*, Shortcut> segments[] = {
-        {QT_TR_NOOP("Icons"), "square.grid.2x2", Shortcut::AsIcons},
-        {QT_TR_NOOP("List"), "list.bullet", Shortcut::AsList},
-        {QT_TR_NOOP("Columns"), "rectangle.split.3x1", Shortcut::AsColumns},
-        {QT_TR_NOOP("Peek"), "square.stack", Shortcut::AsPeek}};
-    int index = 0;
-    for (const auto& [label, symbol, keys] : segments) {
-        const QString shown = tr(label);
-        QAction* segment = addAction(iconSymbol(symbol), shown);
-        segment->setObjectName(QStringLiteral("viewmode.") + QString::number(index));
-        segment->setToolTip(shortcutTip(tr("View: %1").arg(shown), keys));
+    for (const ViewModeItem& mode : viewModeItems()) {
+        const QString shown = viewModeName(mode);
+        QAction* segment = addAction(iconSymbol(mode.symbol), shown);
+        segment->setObjectName(QStringLiteral("viewmode.") + QString::number(int(mode.mode)));
+        segment->setToolTip(shortcutTip(tr("View: %1").arg(shown), mode.key));
         segment->setCheckable(true);
-        segment->setData(index++);
+        segment->setData(int(mode.mode));
         m_modes->addAction(segment);
         describe(segment, tr("View as %1").arg(shown), tr("Shows the active pane as %1").arg(shown));
     }
@@ -92,9 +87,9 @@ QAction* BrowserToolbar::item(const char* identifier) const
 
 void BrowserToolbar::syncMode(ViewMode mode)
 {
-    const auto segments = m_modes->actions();
-    if (int(mode) < segments.size())
-        segments[int(mode)]->setChecked(true);
+    for (QAction* segment : m_modes->actions())
+        if (segment->data().toInt() == int(mode))
+            segment->setChecked(true);
 }
 
 ViewMode BrowserToolbar::selectedMode() const

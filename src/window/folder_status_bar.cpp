@@ -6,8 +6,8 @@
 #include "sizes/info_notifier.h"
 #include "views/node_tree_model.h"
 #include "window/brondel_window.h"
-#include "window/core_bridge.h"
-#include "window/scan_service.h"
+#include "services/core_bridge.h"
+#include "services/scan_service.h"
 
 #include <QAbstractItemView>
 #include <QItemSelectionModel>

@@ -6,7 +6,7 @@
 // are dropped. Selection changes are counted once per burst, from the selection's
 // ranges, so selecting a hundred thousand rows costs one pass over them.
 
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 
 #include <QPointer>
 #include <QStatusBar>

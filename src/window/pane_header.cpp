@@ -1,8 +1,9 @@
 #include "window/pane_header.h"
 
+#include "services/view_modes.h"
 #include "window/jack_view.h"
-#include "window/shortcuts.h"
-#include "window/theme_icons.h"
+#include "services/shortcuts.h"
+#include "services/theme_icons.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
@@ -48,17 +49,12 @@ PaneHeader::PaneHeader(QWidget* parent)
 
     m_seg = new QButtonGroup(this);
     m_seg->setExclusive(true);
-    const std::tuple<ViewMode, const char*, const char*, Shortcut> segments[] = {
-        {ViewMode::Icon, "square.grid.2x2", QT_TR_NOOP("Icons"), Shortcut::AsIcons},
-        {ViewMode::List, "list.bullet", QT_TR_NOOP("List"), Shortcut::AsList},
-        {ViewMode::Column, "rectangle.split.3x1", QT_TR_NOOP("Columns"), Shortcut::AsColumns},
-        {ViewMode::Peek, "square.stack", QT_TR_NOOP("Peek"), Shortcut::AsPeek}};
-    for (const auto& [mode, symbol, name, keys] : segments) {
-        const QString shown = tr(name);
-        auto* button = toolButton(this, symbol, tr("View as %1").arg(shown), shortcutTip(shown, keys),
+    for (const ViewModeItem& mode : viewModeItems()) {
+        const QString shown = viewModeName(mode);
+        auto* button = toolButton(this, mode.symbol, tr("View as %1").arg(shown), shortcutTip(shown, mode.key),
             tr("Shows this pane as %1").arg(shown));
         button->setCheckable(true);
-        m_seg->addButton(button, int(mode));
+        m_seg->addButton(button, int(mode.mode));
         row->addWidget(button);
     }
     connect(m_seg, &QButtonGroup::idClicked, this, [this](int id) { emit modeChosen(ViewMode(id)); });

@@ -3,8 +3,8 @@
 #include "fs/node_store.h"
 
 #include "fs/paths.h"
-#include "window/core_bridge.h"
-#include "window/scan_service.h"
+#include "services/core_bridge.h"
+#include "services/scan_service.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

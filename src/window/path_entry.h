@@ -6,7 +6,7 @@
 // background check has found a folder ("~" is the home folder; a relative path starts
 // at the pane's folder); otherwise the field says why and stays open. Escape closes it.
 
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 
 #include <QFrame>
 

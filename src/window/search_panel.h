@@ -8,8 +8,8 @@
 // result opens a folder, or shows a file selected in its folder.
 
 #include "fs/name_search.h"
-#include "window/browser_context.h"
-#include "window/scan_service.h"
+#include "services/browser_context.h"
+#include "services/scan_service.h"
 
 #include <QAbstractTableModel>
 #include <QTimer>

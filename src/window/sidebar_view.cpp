@@ -2,9 +2,9 @@
 
 #include "fs/paths.h"
 #include "fs/volume.h"
-#include "window/core_bridge.h"
-#include "window/scan_service.h"
-#include "window/theme_icons.h"
+#include "services/core_bridge.h"
+#include "services/scan_service.h"
+#include "services/theme_icons.h"
 
 #include <QContextMenuEvent>
 #include <QDropEvent>

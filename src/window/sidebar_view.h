@@ -5,7 +5,7 @@
 // opens the menu the window fills for the row; the top section's rows are reordered by
 // dragging them, which the window writes to the sidebar file.
 
-#include "window/core_bridge.h"
+#include "services/core_bridge.h"
 
 #include <QTimer>
 #include <QTreeWidget>

@@ -17,6 +17,7 @@
 #include "fs/paths.h"
 #include "support/temp_tree.h"
 #include "views/column_view.h"
+#include "views/content_view.h"
 #include "views/list_view.h"
 #include "window/browser_frame.h"
 #include "window/browser_toolbar.h"

@@ -8,6 +8,7 @@
 #include "views/column_view.h"
 #include "views/list_size_cell.h"
 #include "views/list_view.h"
+#include "views/row_info_cache.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 

@@ -9,7 +9,7 @@
 #include "window/browser_toolbar.h"
 #include "window/pane_header.h"
 #include "window/pane_view.h"
-#include "window/theme_icons.h"
+#include "services/theme_icons.h"
 
 #include <QMenuBar>
 #include <QSplitter>

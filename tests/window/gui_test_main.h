@@ -7,9 +7,9 @@
 #include "fs/node_store.h"
 #include "fs/scanner.h"
 #include "support/test_env.h"
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 #include "window/browser_frame.h"
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 
 #include <QApplication>
 #include <QPointer>

@@ -1,4 +1,4 @@
-#include "window/scan_service.h"
+#include "services/scan_service.h"
 
 #include "fs/scanner.h"
 

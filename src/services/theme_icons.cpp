@@ -1,4 +1,4 @@
-#include "window/theme_icons.h"
+#include "services/theme_icons.h"
 
 #include "fs/paths.h"
 

@@ -1,6 +1,6 @@
-#include "window/file_icons.h"
+#include "services/file_icons.h"
 
-#include "window/theme_icons.h"
+#include "services/theme_icons.h"
 
 #include <QFile>
 #include <QMimeDatabase>

@@ -1,4 +1,4 @@
-#include "window/core_bridge.h"
+#include "services/core_bridge.h"
 
 #include "config/pinned_nodes.h"
 #include "config/recents.h"

@@ -1,7 +1,7 @@
-#include "window/browser_context.h"
+#include "services/browser_context.h"
 
-#include "window/core_bridge.h"
-#include "window/scan_service.h"
+#include "services/core_bridge.h"
+#include "services/scan_service.h"
 
 #include <QTimer>
 

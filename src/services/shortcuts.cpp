@@ -1,4 +1,4 @@
-#include "window/shortcuts.h"
+#include "services/shortcuts.h"
 
 QKeySequence shortcutKeys(Shortcut shortcut)
 {

@@ -2,9 +2,9 @@
 // and shared, unknown types get the plain document icon, and a name ending seen for the
 // first time is looked up in the background and announced.
 
-#include "gui_test_main.h"
-#include "window/file_icons.h"
-#include "window/theme_icons.h"
+#include "../window/gui_test_main.h"
+#include "services/file_icons.h"
+#include "services/theme_icons.h"
 
 class FileIconsTest : public QObject {
     Q_OBJECT

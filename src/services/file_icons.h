@@ -8,7 +8,7 @@
 // again.
 
 #include "fs/dir_node.h"
-#include "views/background_work.h"
+#include "services/background_work.h"
 
 #include <QHash>
 #include <QIcon>

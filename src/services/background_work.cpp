@@ -1,4 +1,4 @@
-#include "views/background_work.h"
+#include "services/background_work.h"
 
 #include <QPointer>
 

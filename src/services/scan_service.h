@@ -6,7 +6,7 @@
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
 #include "fs/node_meta_fill.h"
-#include "views/background_work.h"
+#include "services/background_work.h"
 
 #include <QObject>
 
