@@ -3,6 +3,7 @@
 #include "views/column_view.h"
 #include "views/list_view.h"
 
+#include <QCoreApplication>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QListView>
@@ -100,11 +101,11 @@ QString contentReadErrorText(int error)
     switch (error) {
     case EACCES:
     case EPERM:
-        return QStringLiteral("Permission denied");
+        return QCoreApplication::translate("ContentView", "Permission denied");
     case ENOENT:
-        return QStringLiteral("No such folder");
+        return QCoreApplication::translate("ContentView", "No such folder");
     case ETIMEDOUT: // the scanner's word for a drive the mount watchdog found stuck
-        return QStringLiteral("The drive is not responding");
+        return QCoreApplication::translate("ContentView", "The drive is not responding");
     default:
         return QString::fromLocal8Bit(std::strerror(error));
     }

@@ -9,6 +9,7 @@
 #include "services/theme_icons.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QFile>
 #include <QFont>
 #include <QIcon>
@@ -113,7 +114,7 @@ std::optional<int64_t> NodeTreeModel::Row::date() const
 QString NodeTreeModel::Row::kind() const
 {
     if (node)
-        return node->kind.empty() ? QStringLiteral("Folder") : QString::fromStdString(node->kind);
+        return node->kind.empty() ? QCoreApplication::translate("NodeTreeModel", "Folder") : QString::fromStdString(node->kind);
     const std::string_view kind = nodeKindText(*record);
     return QString::fromUtf8(kind.data(), qsizetype(kind.size()));
 }

@@ -185,14 +185,14 @@ void BrowserFrame::wireJack(PaneView* view)
     });
     connect(jack, &JackView::menuRequested, this, [this, pane](QPoint global) {
         QMenu menu;
-        menu.addAction(QStringLiteral("This pane is ") + linkRole(pane))->setEnabled(false);
-        QAction* mirror = menu.addAction(QStringLiteral("Mirror: FROM enters folders too"));
+        menu.addAction(tr("This pane is %1").arg(linkRole(pane)))->setEnabled(false);
+        QAction* mirror = menu.addAction(tr("Mirror: FROM enters folders too"));
         mirror->setCheckable(true);
         mirror->setChecked(m_cables.mirror(pane));
         mirror->setEnabled(m_cables.from(pane) != nullptr);
-        QAction* swap = menu.addAction(QStringLiteral("Swap FROM \u21c4 TO"));
+        QAction* swap = menu.addAction(tr("Swap FROM \u21c4 TO"));
         swap->setEnabled(m_cables.to(pane).size() == 1);
-        QAction* detach = menu.addAction(QStringLiteral("Detach cable"));
+        QAction* detach = menu.addAction(tr("Detach cable"));
         detach->setEnabled(m_cables.from(pane) || !m_cables.to(pane).empty());
         // The menu's own event loop may close the pane (or the frame) meanwhile.
         QPointer<BrondelWindow> alive(pane);
@@ -435,12 +435,12 @@ QString BrowserFrame::linkRole(const BrondelWindow* pane) const
     const bool hasFrom = m_cables.from(pane) != nullptr;
     const bool hasTo = !m_cables.to(pane).empty();
     if (hasFrom && hasTo)
-        return QStringLiteral("TO and FROM");
+        return tr("TO and FROM");
     if (hasTo)
-        return QStringLiteral("FROM");
+        return tr("FROM");
     if (hasFrom)
-        return QStringLiteral("TO");
-    return QStringLiteral("Drag to another pane: this = FROM, target = TO");
+        return tr("TO");
+    return tr("Drag to another pane: this = FROM, target = TO");
 }
 
 void BrowserFrame::linkChrome()
