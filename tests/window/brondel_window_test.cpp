@@ -6,6 +6,7 @@
 #include "sizes/folder_sizes.h"
 #include "fs/sys_calls.h"
 #include "views/content_view.h"
+#include "views/node_tree_model.h"
 #include "window/brondel_window.h"
 #include "fs/volume.h"
 
@@ -236,6 +237,12 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(pane.get()));
         pane->reload();
         t.scans.finishAll();
+        // The names show first; the sizes and dates follow: the comparison waits for them.
+        QTRY_VERIFY([&] {
+            auto* view = qobject_cast<QAbstractItemView*>(pane->contentView());
+            auto* model = view ? qobject_cast<NodeTreeModel*>(view->model()) : nullptr;
+            return model && !model->metaPending();
+        }());
         QCoreApplication::processEvents();
         // How far the pane stands out from the window's ground: dimmed to half opacity,
         // every pixel is halfway to the ground.
