@@ -60,7 +60,7 @@ public:
         if (ext.size() <= sizeof(Slot::bytes)) {
             const size_t hash = ext.empty() ? 0 : (ext.size() * 31 + uint8_t(ext.back()) * 7 + uint8_t(ext[1 % ext.size()])) & 63;
             slot = &recent[hash];
-            if (slot->length == ext.size() && std::memcmp(slot->bytes, ext.data(), ext.size()) == 0)
+            if (slot->length == ext.size() && (ext.empty() || std::memcmp(slot->bytes, ext.data(), ext.size()) == 0))
                 return slot->id;
         }
         thread_local std::unordered_map<std::string, uint16_t, StringHash, std::equal_to<>> memo;
@@ -75,7 +75,8 @@ public:
                 memo.emplace(std::string(ext), id);
         }
         if (slot) {
-            std::memcpy(slot->bytes, ext.data(), ext.size());
+            if (!ext.empty()) // an empty view may hold no pointer at all
+                std::memcpy(slot->bytes, ext.data(), ext.size());
             slot->length = uint8_t(ext.size());
             slot->id = id;
         }

@@ -91,7 +91,7 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     setActivePane(first);
 
     // Whichever pane takes the keyboard focus becomes the active one.
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+    m_focusLink = connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
         for (QWidget* w = now; w; w = w->parentWidget())
             if (auto* view = qobject_cast<PaneView*>(w)) {
                 if (view->window() == this && view->host() != m_active)
@@ -103,6 +103,8 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
 
 BrowserFrame::~BrowserFrame()
 {
+    // The children's destruction moves the focus: the handler must not see a half-gone frame.
+    disconnect(m_focusLink);
     // The panes outlive this body (children go last): they must not touch the graph.
     for (BrondelWindow* pane : m_panes)
         pane->setCables(nullptr);

@@ -118,6 +118,7 @@ private:
     PathEntry* m_pathEntry = nullptr;
     SearchPanel* m_search = nullptr;
     QAction* m_findAction = nullptr;
+    QMetaObject::Connection m_focusLink;
 };
 
 // The open browser windows.

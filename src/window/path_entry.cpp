@@ -89,12 +89,19 @@ PathEntry::PathEntry(const BrowserContext& context, QWidget* parent)
     connect(m_edit, &QLineEdit::returnPressed, this, &PathEntry::submit);
     // A click elsewhere in the window closes the field, as Escape does, leaving the
     // focus where the click put it.
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+    m_focusLink = connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
         QWidget* popup = m_completer->popup();
         if (isVisible() && now && now != this && !isAncestorOf(now) && now != popup && !popup->isAncestorOf(now))
             dismiss(Focus::Stay);
     });
     hide();
+}
+
+PathEntry::~PathEntry()
+{
+    // The field's own destruction moves the focus, which would call the handler above
+    // on an object that is no longer a PathEntry.
+    disconnect(m_focusLink);
 }
 
 void PathEntry::open(const std::string& location, const QRect& where)

@@ -26,6 +26,7 @@ class PathEntry : public QFrame {
     Q_OBJECT
 public:
     explicit PathEntry(const BrowserContext& context, QWidget* parent = nullptr);
+    ~PathEntry() override;
 
     // Shows the field over `where` (parent coordinates) holding `location`, all selected;
     // relative paths then start at `location`.
@@ -46,6 +47,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    QMetaObject::Connection m_focusLink; // cut before the children go: their focus change must not reach us
     void edited(const QString& text);
     void submit();
     void showError(const QString& text);
