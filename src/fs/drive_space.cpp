@@ -23,8 +23,9 @@ struct DriveSpaceCache {
 
 DriveSpaceCache& cache()
 {
-    static DriveSpaceCache c;
-    return c;
+    // Never destroyed: a read let go of at exit may still be filling it.
+    static DriveSpaceCache* c = new DriveSpaceCache;
+    return *c;
 }
 
 constexpr auto kFresh = std::chrono::seconds(5);

@@ -239,8 +239,9 @@ private:
         for (uint32_t i = 0; i < entries.size(); ++i)
             if (entries[i].keep)
                 kept.push_back(i);
+        std::deque<std::string> spelled; // kinds past the interned table, kept for the sort
         const std::vector<uint32_t> order =
-            sortOrder(columnsOf(entries, statuses, kept, names, path), sortPlaceOf(path), m_settings);
+            sortOrder(columnsOf(entries, statuses, kept, names, path, spelled), sortPlaceOf(path), m_settings);
 
         // The kept entries, in display order, become the folder's run of records. When
         // every entry is kept (a listing) the names go to the store as read, in one copy;
@@ -332,7 +333,8 @@ private:
     }
 
     SortColumns columnsOf(const std::vector<Entry>& entries, const EntryStatuses& statuses,
-        const std::vector<uint32_t>& kept, const std::string& names, const std::string& path) const
+        const std::vector<uint32_t>& kept, const std::string& names, const std::string& path,
+        std::deque<std::string>& spelled) const
     {
         const SortColumnsUsed used = sortColumnsUsed(sortPlaceOf(path), m_settings);
         SortColumns columns;
@@ -346,9 +348,12 @@ private:
                 columns.sizes.push_back(e.meta & kMetaHasDate ? statuses.get(i).size : 0);
             if (used.dates)
                 columns.dates.push_back(e.meta & kMetaHasDate ? statuses.get(i).date : SortColumns::kNoDate);
-            if (used.kinds)
-                columns.kinds.push_back(kindText(
-                    kindOfEntry(columns.names.back(), e.type == DT_LNK ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File)));
+            if (used.kinds) {
+                const uint16_t kind = kindOfEntry(columns.names.back(),
+                    e.type == DT_LNK ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
+                columns.kinds.push_back(kind != kKindFromName ? kindText(kind)
+                                                              : std::string_view(spelled.emplace_back(nodeExtKind(columns.names.back()))));
+            }
         }
         return columns;
     }

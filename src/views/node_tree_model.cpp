@@ -2,6 +2,7 @@
 
 #include "fs/background_release.h"
 #include "fs/fmt.h"
+#include "fs/kind_table.h"
 #include "fs/sort_nodes.h"
 #include "views/row_info_cache.h"
 #include "services/scan_service.h"
@@ -14,6 +15,8 @@
 #include <QFont>
 #include <QIcon>
 #include <QPalette>
+
+#include <deque>
 
 // The rows under one parent: `nodes` first, then the records of `folder` in display
 // order. A row that a view opens gets a Level of its own in `kids`, keyed by its slot
@@ -380,8 +383,11 @@ void NodeTreeModel::metaDone(Level* level)
     const NodeRecord* folder = level->folder;
     const BrondelSettings settings = *m_context.settings;
     m_context.scans->submit(this, [this, level, store, folder, settings]() -> std::function<void()> {
+        // The settings may have changed since the folder was shown: every column the
+        // sort now uses is filled.
         const SortColumnsUsed used = sortColumnsUsed(SortPlace::Folder, settings);
         SortColumns columns;
+        std::deque<std::string> spelled; // kinds past the interned table, kept for the sort
         for (uint32_t i = 0; i < folder->childCount; ++i) {
             const NodeRecord& record = folder->children[i];
             columns.names.push_back(record.nameView());
@@ -390,6 +396,10 @@ void NodeTreeModel::metaDone(Level* level)
                 columns.sizes.push_back(record.size);
             if (used.dates)
                 columns.dates.push_back(nodeMeta(record) & kMetaHasDate ? record.date : SortColumns::kNoDate);
+            if (used.kinds)
+                columns.kinds.push_back(record.kind != kKindFromName
+                        ? kindText(record.kind)
+                        : std::string_view(spelled.emplace_back(nodeKindText(record))));
         }
         auto order = std::make_shared<std::vector<uint32_t>>(sortOrder(columns, SortPlace::Folder, settings));
         return [this, level, order] { resorted(level, std::move(*order)); };

@@ -205,6 +205,22 @@ private slots:
         QCOMPARE(source.nodeAt(source.index(4, 0))->path, f.tree.path("root/d.txt"));
     }
 
+    void aSortChangedWhileSizesArriveStillSorts()
+    {
+        // The order is made again with the settings of the moment: a key changed to one
+        // the folder was not shown for (kind) is sorted by too.
+        Fixture f;
+        f.t.settings.sortBy = "size";
+        DirNodePtr root = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        ListSource source(root, {}, f.t.context);
+        QCOMPARE(source.rowCount(), 5);
+        QVERIFY(source.sortPending());
+        f.t.settings.sortBy = "kind";
+        f.t.settings.ascending = false;
+        QTRY_VERIFY(!source.metaPending());
+        QCOMPARE(texts(source), (QStringList{"a", "b", "c", "d.txt", "e.txt"})); // ties by name
+    }
+
     void sizeTextsRefreshWhenSizesArrive()
     {
         Fixture f;
