@@ -3,6 +3,7 @@
 #include "services/theme_icons.h"
 
 #include <QFile>
+#include <QCoreApplication>
 #include <QMimeDatabase>
 
 namespace {
@@ -26,7 +27,14 @@ FileIcons::FileIcons(QObject* parent)
 
 FileIcons& FileIcons::shared()
 {
-    static FileIcons* icons = new FileIcons;
+    static FileIcons* icons = [] {
+        auto* made = new FileIcons;
+        // A look-up asks Qt's MIME database, which Qt destroys at exit: the application
+        // waits for the look-ups on their way before it goes. They read only the local
+        // MIME cache (never a user's drive), so the wait is short.
+        qAddPostRoutine([] { FileIcons::shared().waitForDone(); });
+        return made;
+    }();
     return *icons;
 }
 
