@@ -238,8 +238,9 @@ size_t fileRemoveStaleTemps(const std::string& dir)
 
 bool fileSweepDue(const std::string& dir)
 {
-    static std::mutex mutex;
-    static std::map<std::string, std::time_t> lastSweep;
+    // Never destroyed: an edit let go of at exit may still write.
+    static std::mutex& mutex = *new std::mutex;
+    static std::map<std::string, std::time_t>& lastSweep = *new std::map<std::string, std::time_t>;
     const std::time_t now = std::time(nullptr);
     std::lock_guard lock(mutex);
     auto [it, fresh] = lastSweep.try_emplace(dir, now);

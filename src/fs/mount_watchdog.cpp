@@ -520,7 +520,8 @@ std::vector<MountRecord> mountWatchdogTable()
 
 bool mountWatchdogGuards(const MountRecord& mount)
 {
-    static const std::set<std::string, std::less<>> network = {
+    // Never destroyed: a walk let go of at exit may still ask.
+    static const auto& network = *new std::set<std::string, std::less<>>{
         "nfs", "nfs4", "cifs", "smb3", "smbfs", "9p", "ceph", "glusterfs", "davfs", "afs", "lustre", "ncpfs",
         "virtiofs", "sshfs", "ftpfs", "curlftpfs",
     };

@@ -50,7 +50,8 @@ VolumeViewer VolumeViewer::current()
 
 const std::set<std::string, std::less<>>& VolumeList::skipNames()
 {
-    static const std::set<std::string, std::less<>> names = {
+    // Never destroyed, like every table here: a read let go of at exit may still ask.
+    static const auto& names = *new std::set<std::string, std::less<>>{
         "Macintosh HD", "Macintosh HD - Data", "Recovery", "Preboot", "VM", "Update",
     };
     return names;
@@ -58,7 +59,7 @@ const std::set<std::string, std::less<>>& VolumeList::skipNames()
 
 const std::set<std::string, std::less<>>& VolumeList::pseudoFsTypes()
 {
-    static const std::set<std::string, std::less<>> types = {
+    static const auto& types = *new std::set<std::string, std::less<>>{
         // kernel interfaces
         "binfmt_misc", "bpf", "cgroup", "cgroup2", "configfs", "debugfs", "devpts", "efivarfs",
         "fusectl", "hugetlbfs", "mqueue", "nfsd", "nsfs", "proc", "pstore", "rpc_pipefs",
@@ -190,9 +191,10 @@ std::optional<std::string> volumeContaining(const std::string& path)
 {
     // Asked once per folder walk and per navigation step: the table is cheap to read
     // but not free, and a drive plugged in a second ago may wait a second to count.
-    static std::mutex lock;
+    // Never destroyed: a walk let go of at exit may still ask.
+    static std::mutex& lock = *new std::mutex;
     static std::chrono::steady_clock::time_point readAt;
-    static std::vector<std::string> points;
+    static std::vector<std::string>& points = *new std::vector<std::string>;
     static bool haveTable = false;
 
     const std::string resolved = resolvedOr(path); // outside the lock: it touches the disk
