@@ -112,10 +112,6 @@ struct ContextActions {
 // Shows what the configuration files reported about an edit, in one alert.
 void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices);
 
-// The bytes of a folder path the folder chooser gave as text (see the .cpp). Touches the
-// disk: off the main thread only.
-std::string actionChosenPathBytes(const QString& chosen);
-
 // "untitled folder" for 1, then "untitled folder 2", "untitled folder 3", ...
 std::string newFolderName(int64_t number);
 

@@ -21,7 +21,6 @@
 #include <QFile>
 #include <QPointer>
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 namespace {
@@ -80,36 +79,6 @@ std::optional<size_t> sidebarIndexOf(const std::vector<std::string>& paths, cons
 
 } // namespace
 
-// The bytes of a path the folder chooser gives as text. A name that is not UTF-8 does not
-// survive the trip through QString, so a component that does not exist as encoded is
-// looked up in its folder by the text it decodes to. Touches the disk: edit queue only.
-std::string actionChosenPathBytes(const QString& chosen)
-{
-    const std::string encoded = QFile::encodeName(chosen).toStdString();
-    struct stat st;
-    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !chosen.startsWith(QLatin1Char('/')))
-        return encoded;
-    std::string path;
-    for (const QString& part : chosen.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-        std::string next = path + "/" + QFile::encodeName(part).toStdString();
-        if (sysCalls().stat(next.c_str(), &st) != 0) {
-            DIR* dir = ::opendir(path.empty() ? "/" : path.c_str());
-            if (!dir)
-                return encoded;
-            next.clear();
-            while (const dirent* entry = ::readdir(dir))
-                if (QFile::decodeName(entry->d_name) == part) {
-                    next = path + "/" + entry->d_name;
-                    break;
-                }
-            ::closedir(dir);
-            if (next.empty())
-                return encoded;
-        }
-        path = std::move(next);
-    }
-    return path.empty() ? encoded : path;
-}
 
 void ContextActions::favAddCurrent(BrondelWindow& pane)
 {
@@ -127,7 +96,7 @@ void ContextActions::sectionAddFolders(BrondelWindow& pane, const std::string& s
     edit(pane.context(), [chosen, section] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= pinnedAdd(actionChosenPathBytes(folder), section);
+            changed |= pinnedAdd(pathBytesFromText(folder), section);
         return changed;
     });
 }
@@ -351,7 +320,7 @@ void ContextActions::sidebarAddFolderAction(BrondelWindow& pane)
     edit(pane.context(), [chosen] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= sidebarAdd(actionChosenPathBytes(folder));
+            changed |= sidebarAdd(pathBytesFromText(folder));
         return changed;
     });
 }

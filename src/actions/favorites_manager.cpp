@@ -322,7 +322,7 @@ void FavoritesManager::addFolders(const std::string& section, const QStringList&
     edit([section, chosen] {
         bool changed = false;
         for (const QString& folder : chosen)
-            changed |= pinnedAdd(actionChosenPathBytes(folder), section);
+            changed |= pinnedAdd(pathBytesFromText(folder), section);
         return changed;
     });
 }

@@ -1,5 +1,12 @@
 #include "fs/paths.h"
 
+#include "fs/dir_fd.h"
+#include "fs/sys_calls.h"
+
+#include <QFile>
+#include <QString>
+#include <QStringList>
+
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
@@ -62,4 +69,32 @@ std::string expandTilde(const std::string& path)
     if (home == "/" && !rest.empty())
         return rest;
     return home + rest;
+}
+
+std::string pathBytesFromText(const QString& text)
+{
+    const std::string encoded = QFile::encodeName(text).toStdString();
+    struct stat st;
+    if (sysCalls().stat(encoded.c_str(), &st) == 0 || !text.startsWith(QLatin1Char('/')))
+        return encoded;
+    std::string path;
+    std::vector<char> buffer(64 * 1024);
+    for (const QString& part : text.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        std::string next = path + "/" + QFile::encodeName(part).toStdString();
+        if (sysCalls().stat(next.c_str(), &st) != 0) {
+            const int fd = sysOpen(path.empty() ? "/" : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            if (fd < 0)
+                return encoded;
+            const DirFd folder(fd);
+            next.clear();
+            dirForEachEntry(folder.fd(), buffer, [&](const char* name, unsigned char) {
+                if (next.empty() && QFile::decodeName(name) == part)
+                    next = path + "/" + name;
+            });
+            if (next.empty())
+                return encoded;
+        }
+        path = std::move(next);
+    }
+    return path.empty() ? encoded : path;
 }

@@ -12,3 +12,11 @@ std::string loginName();
 // Expands a leading "~" or "~/..." to the home folder and "~user/..." to that user's
 // home; any other path (and an unknown user) is returned unchanged.
 std::string expandTilde(const std::string& path);
+
+class QString;
+
+// The bytes of a path a dialog gives as text. A name that is not UTF-8 does not survive
+// the trip through QString, so a component that does not exist as encoded is looked up
+// in its folder by the text it decodes to. Reads the disk (through the seam): never on
+// the UI thread.
+std::string pathBytesFromText(const QString& text);

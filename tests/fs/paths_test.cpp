@@ -1,0 +1,24 @@
+// Paths typed or chosen as text come back as the bytes on disk, even for names that are
+// not UTF-8 (which a QString cannot carry).
+
+#include "fs/paths.h"
+#include "support/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QString>
+
+TEST(Paths, TextOfANameThatIsNotUtf8FindsItsBytes)
+{
+    TempTree t;
+    const std::string latin1 = t.dir("caf\xe9/inner");  // Latin-1 "café": not UTF-8
+    const std::string plain = t.dir("plain folder");
+    const QString shown = QFile::decodeName(QByteArray::fromStdString(latin1));
+    EXPECT_EQ(pathBytesFromText(shown), latin1);
+    EXPECT_EQ(pathBytesFromText(QFile::decodeName(QByteArray::fromStdString(plain))), plain);
+    // Nothing on disk matches: the text's own encoding, unchanged.
+    const QString missing = QFile::decodeName(QByteArray::fromStdString(t.path("nowhere/x")));
+    EXPECT_EQ(pathBytesFromText(missing), QFile::encodeName(missing).toStdString());
+    EXPECT_EQ(pathBytesFromText(QStringLiteral("relative/x")), "relative/x");
+}
