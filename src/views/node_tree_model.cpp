@@ -457,18 +457,14 @@ Qt::ItemFlags NodeTreeModel::flags(const QModelIndex& index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     // Section headers can be expanded but never selected, by click, keys or select-all.
-    if (rowAt(index).isHeader())
+    const Row row = rowAt(index);
+    if (row.isHeader())
         return Qt::ItemIsEnabled;
+    // Saying so spares the tree a look-up per row of whether the row is expanded, when it
+    // lays out a folder's rows.
+    if (!expandable(row))
+        return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-}
-
-void NodeTreeModel::reloadRows(const QModelIndexList& indexes, int column)
-{
-    for (const auto& index : indexes) {
-        QModelIndex cell = index.siblingAtColumn(column);
-        if (cell.isValid())
-            emit dataChanged(cell, cell, {Qt::DisplayRole});
-    }
 }
 
 QVariant NodeTreeModel::headerStyle(const DirNode& header, int role)

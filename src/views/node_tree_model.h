@@ -55,8 +55,6 @@ public:
     void fetchMore(const QModelIndex& parent) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-    // Tells the views that the computed texts of these rows may have changed.
-    void reloadRows(const QModelIndexList& indexes, int column);
 
     // The rows [first, last] under `parent` are on screen: their sizes and dates are read first.
     void noteVisibleRows(const QModelIndex& parent, int first, int last);

@@ -70,6 +70,19 @@ public:
     mutable int texts = 0;
 };
 
+// A list that counts the size texts the view asks for.
+class CountingList : public ListSource {
+public:
+    using ListSource::ListSource;
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role == Qt::DisplayRole && index.column() == ListSource::Size)
+            ++sizeTexts;
+        return ListSource::data(index, role);
+    }
+    mutable int sizeTexts = 0;
+};
+
 // The list of the fixture's folder, shown with a viewport `width` wide.
 std::unique_ptr<BrondelOutlineView> shownList(Fixture& f, const ContentHooks& hooks, int width)
 {
@@ -224,16 +237,18 @@ private slots:
     void sizeTextsRefreshWhenSizesArrive()
     {
         Fixture f;
-        auto* source = new ListSource(f.root, {}, f.t.context);
+        // The list draws its rows again (no per-row notification: a million rows would be
+        // a million of them), asking for every visible size text.
+        auto* source = new CountingList(f.root, {}, f.t.context);
         BrondelOutlineView view(source, f.t.context, {});
         view.resize(600, 400);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QSignalSpy changed(source, &QAbstractItemModel::dataChanged);
+        QTRY_VERIFY(source->sizeTexts > 0);
+        QTest::qWait(50);
+        source->sizeTexts = 0;
         emit InfoNotifier::instance().brondelInfoChanged();
-        QCOMPARE(changed.count(), 5); // every visible row, size column only
-        for (const auto& args : changed)
-            QCOMPARE(args.at(0).toModelIndex().column(), int(ListSource::Size));
+        QTRY_VERIFY(source->sizeTexts >= 5);
 
         // The columns redraw their rows, asking for every row text again.
         auto* columns = new CountingColumns(f.root, f.t.context);
@@ -254,17 +269,16 @@ private slots:
         tree.sized("root/big/one.bin", 3000);
         tree.sized("root/big/deeper/two.bin", 4000);
         TestContext t; // every info module on
-        auto* source = new ListSource(scanned(tree.path("root")), {}, t.context);
-        QSignalSpy changed(source, &QAbstractItemModel::dataChanged);
+        auto* source = new CountingList(scanned(tree.path("root")), {}, t.context);
         BrondelOutlineView view(source, t.context, {});
         view.resize(600, 400);
         view.show(); // drawing the row asks for the size, which starts the walk
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
 
         // The row's text is computed in the background and announced; so is the walk's end,
         // which makes the view ask again for the rows on screen.
-        QTRY_VERIFY_WITH_TIMEOUT(!changed.isEmpty(), 10000);
         const QModelIndex big = source->index(0, ListSource::Size);
-        QCOMPARE(changed.first().at(0).toModelIndex(), big);
+        QTRY_VERIFY_WITH_TIMEOUT(source->sizeTexts > 1, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(FolderSizes::shared().size(tree.path("root/big")).has_value(), 10000);
         auto size = FolderSizes::shared().size(tree.path("root/big"));
         QVERIFY(*size >= 7000);
