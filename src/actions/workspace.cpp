@@ -1,5 +1,7 @@
 #include "actions/workspace.h"
 
+#include "services/file_clipboard.h"
+
 #include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -17,7 +19,7 @@ constexpr int kRevealTimeoutMs = 5000;
 
 std::string workspaceFileUrl(const std::string& path)
 {
-    return "file://" + QByteArray::fromStdString(path).toPercentEncoding("/").toStdString();
+    return fileClipboardUrl(path);
 }
 
 bool workspaceOpen(const std::string& path)
@@ -57,20 +59,13 @@ void workspaceCopyPath(const std::string& path)
     QGuiApplication::clipboard()->setMimeData(data);
 }
 
-void workspaceCopyItems(const std::vector<std::string>& paths)
+void workspaceCopyItems(const std::vector<std::string>& paths, ClipboardIntent intent)
 {
-    QByteArray uris;
-    QByteArray text;
-    for (const std::string& path : paths) {
-        uris += QByteArray::fromStdString(workspaceFileUrl(path)) + "\r\n";
-        text += QByteArray::fromStdString(path) + "\n";
-    }
-    text.chop(1);
-    auto* data = new QMimeData;
-    data->setData(QStringLiteral("text/uri-list"), uris);
-    QByteArray gnome = "copy\n" + uris.trimmed().replace("\r\n", "\n");
-    data->setData(QStringLiteral("x-special/gnome-copied-files"), gnome);
-    data->setData(QStringLiteral("application/x-kde-cutselection"), "0");
-    data->setData(QStringLiteral("text/plain"), text);
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(fileClipboardData(paths, intent));
+}
+
+std::optional<ClipboardFiles> workspaceClipboardFiles()
+{
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    return data ? fileClipboardRead(*data) : std::nullopt;
 }

@@ -3,6 +3,8 @@
 // file manager, put a path on the clipboard. Platform-bound; nothing else in the
 // program talks to them.
 
+#include "services/file_clipboard.h"
+
 #include <QString>
 
 #include <functional>
@@ -26,9 +28,12 @@ QString workspaceRevealTitle();
 void workspaceCopyPath(const std::string& path);
 
 // Puts items on the clipboard as other file managers exchange them: a URI list (also in
-// the GNOME and KDE forms, marked as copied, not cut) and their paths as plain text, one
+// the GNOME and KDE forms, marked as copied or cut) and their paths as plain text, one
 // a line.
-void workspaceCopyItems(const std::vector<std::string>& paths);
+void workspaceCopyItems(const std::vector<std::string>& paths, ClipboardIntent intent = ClipboardIntent::Copy);
+
+// The files on the clipboard, copied or cut, in any of those forms.
+std::optional<ClipboardFiles> workspaceClipboardFiles();
 
 // `path` as a file URL, every byte that is not a plain URL character percent-encoded,
 // so a name that is not valid UTF-8 survives.

@@ -20,9 +20,9 @@ void ScanService::scan(const std::string& path, const BrondelSettings& settings,
     });
 }
 
-DirNodePtr ScanService::scanListing(const std::string& path, const BrondelSettings& settings)
+DirNodePtr ScanService::scanListing(const std::string& path, const BrondelSettings& settings, ScanMeta meta)
 {
-    NodeStorePtr store = Scanner(settings).scanStore(path, 1, ScanMeta::NamesFirst);
+    NodeStorePtr store = Scanner(settings).scanStore(path, 1, meta);
     const NodeRecord& folder = store->root();
     auto root = DirNode::make();
     root->name.assign(folder.name, folder.nameLength);

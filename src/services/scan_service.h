@@ -6,6 +6,7 @@
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"
 #include "fs/node_meta_fill.h"
+#include "fs/scanner.h"
 #include "services/background_work.h"
 
 #include <QObject>
@@ -31,7 +32,9 @@ public:
     virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done);
 
     // What scan() hands over, read on the calling thread.
-    static DirNodePtr scanListing(const std::string& path, const BrondelSettings& settings);
+    // With ScanMeta::Full every entry's status is read before it returns.
+    static DirNodePtr scanListing(const std::string& path, const BrondelSettings& settings,
+        ScanMeta meta = ScanMeta::NamesFirst);
 
     // Reads the status of the folder's entries in the background (nodeMetaFill), the
     // rows `state` says are visible first; `progress` runs on the main thread while

@@ -54,6 +54,13 @@ bool contentViewSelect(QWidget* view, const std::string& path)
 }
 
 
+bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderDiff& diff)
+{
+    QAbstractItemView* items = selectionView(view);
+    // The view's own model: the const accessor is for readers.
+    auto* model = const_cast<NodeTreeModel*>(contentModel(items));
+    return model && model->applyFresh(fresh, diff);
+}
 
 namespace {
 

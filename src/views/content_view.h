@@ -33,3 +33,9 @@ std::vector<std::string> contentViewSelection(QWidget* view);
 // Selects the top-level row of `path` in a content view and scrolls to it; false when
 // the view has no such row.
 bool contentViewSelect(QWidget* view, const std::string& path);
+
+// The shown folder was read again: the view takes the difference in place, keeping its
+// selection, current row, opened folders and scroll position. False when it cannot (the
+// caller builds the view again).
+struct FolderDiff;
+bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderDiff& diff);

@@ -138,6 +138,7 @@ NodeTreeModel::~NodeTreeModel()
     // A big folder's store and order are freed off the UI thread; any read of sizes
     // still on its way stops.
     releaseInBackground(std::move(m_top));
+    releaseInBackground(std::move(m_retired));
 }
 
 void NodeTreeModel::build(Level& level) const
@@ -402,7 +403,10 @@ void NodeTreeModel::metaDone(Level* level)
                         : std::string_view(spelled.emplace_back(nodeKindText(record))));
         }
         auto order = std::make_shared<std::vector<uint32_t>>(sortOrder(columns, SortPlace::Folder, settings));
-        return [this, level, order] { resorted(level, std::move(*order)); };
+        return [this, level, order, store] {
+            if (level->store == store) // not read again meanwhile
+                resorted(level, std::move(*order));
+        };
     });
 }
 
@@ -511,4 +515,73 @@ QIcon NodeTreeModel::icon(const Row& row) const
     folder.kind = "Folder";
     folder.path = row.path();
     return iconForNode(folder);
+}
+
+size_t NodeTreeModel::topSlotOf(const Level* level) const
+{
+    while (level->up && level->up != m_top.get())
+        level = level->up;
+    return level->slotInUp;
+}
+
+bool NodeTreeModel::applyFresh(const DirNodePtr& fresh, const FolderDiff& diff)
+{
+    Level& top = *m_top;
+    if (!top.built || !top.folder || !fresh->store || diff.oldToNew.size() != top.folder->childCount)
+        return false;
+    const size_t offset = top.nodes.size();
+    const NodeRecord& freshFolder = fresh->store->root();
+    // Where an old slot lands, or nothing.
+    auto slotAfter = [&](size_t slot) -> std::optional<size_t> {
+        if (slot < offset)
+            return slot;
+        const int32_t to = diff.oldToNew[slot - offset];
+        return to < 0 ? std::nullopt : std::optional<size_t>(offset + size_t(to));
+    };
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::NoLayoutChangeHint);
+    // Work out the persistent indexes' new places before anything moves: their rows are
+    // read through the old order. A fresh read arrives sorted, so a record's place is
+    // its row.
+    QModelIndexList from, to;
+    for (const QModelIndex& index : persistentIndexList()) {
+        Level* level = levelOf(index);
+        const size_t slot = level == &top ? top.slotOf(index.row()) : topSlotOf(level);
+        const std::optional<size_t> moved = slotAfter(slot);
+        from << index;
+        if (!moved)
+            to << QModelIndex();
+        else if (level == &top)
+            to << createIndex(int(*moved), index.column(), level);
+        else
+            to << index; // a row inside an opened folder: its level moves along below
+    }
+    // Opened folders keep their levels under their new slots; the levels of rows that
+    // are gone are freed off the UI thread.
+    std::unordered_map<size_t, std::unique_ptr<Level>> kids;
+    for (auto& [slot, kid] : top.kids) {
+        if (const std::optional<size_t> moved = slotAfter(slot)) {
+            kid->slotInUp = *moved;
+            kids.emplace(*moved, std::move(kid));
+        } else {
+            // Kept until the model goes: a read on its way may still name it.
+            if (kid->fill)
+                kid->fill->cancel();
+            m_retired.push_back(std::move(kid));
+        }
+    }
+    if (top.fill)
+        top.fill->cancel();
+    top.fill.reset();
+    top.kids = std::move(kids);
+    releaseInBackground(std::exchange(top.order, {}));
+    releaseInBackground(std::exchange(top.inverse, {}));
+    top.sortPending = false;
+    top.owner = fresh;
+    top.folder = &freshFolder;
+    releaseInBackground(std::exchange(top.store, fresh->store));
+    m_root = fresh;
+    changePersistentIndexList(from, to);
+    emit layoutChanged({}, QAbstractItemModel::NoLayoutChangeHint);
+    startMeta(top);
+    return true;
 }

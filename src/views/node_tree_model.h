@@ -13,6 +13,7 @@
 // again; a sort by size or date is made again once they are all in.
 
 #include "fs/dir_node.h"
+#include "fs/folder_diff.h"
 #include "fs/node_meta_fill.h"
 #include "fs/node_store.h"
 #include "services/browser_context.h"
@@ -62,6 +63,13 @@ public:
     bool sortPending() const;
     // Whether sizes and dates of the top level are still being read.
     bool metaPending() const;
+
+    // The shown folder was read again: `fresh` is the new read and `diff` matches the
+    // records shown now to its records. The top level takes the new rows in one layout
+    // change, in which the selection, the current row and the opened folders follow their
+    // names and rows that are gone drop out. False when the top level shows no records
+    // of the same folder (the caller builds the view again).
+    bool applyFresh(const DirNodePtr& fresh, const FolderDiff& diff);
 
 signals:
     void childrenArrived(const QModelIndex& parent);
@@ -113,9 +121,12 @@ private:
     void startMeta(Level& level);
     void metaDone(Level* level);
     void resorted(Level* level, std::vector<uint32_t> order);
+    // The top-level slot a level hangs from (its own slot for a top-level row's level).
+    size_t topSlotOf(const Level* level) const;
 
     DirNodePtr m_root;
     std::vector<DirNodePtr> m_headers;
     const BrowserContext& m_context;
     std::unique_ptr<Level> m_top;
+    std::vector<std::unique_ptr<Level>> m_retired; // levels of rows gone from the folder
 };

@@ -9,7 +9,9 @@
 #include "views/list_view.h"
 #include "services/core_bridge.h"
 #include "window/dim_veil.h"
+#include "services/folder_watch.h"
 #include "services/scan_service.h"
+#include "fs/folder_diff.h"
 
 #include <algorithm>
 #include <utility>
@@ -59,6 +61,8 @@ BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserCo
     m_contentLayout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_contentBox);
     m_veil = new DimVeil(m_contentBox, kDimFadeMs);
+    m_watch = new FolderWatch(this);
+    connect(m_watch, &FolderWatch::changed, this, &BrondelWindow::liveReload);
 }
 
 BrondelWindow::~BrondelWindow()
@@ -158,6 +162,7 @@ void BrondelWindow::scanThenShow(const std::string& path)
         m_scanPendingGen.reset();
         setOpacity(1.0, false);
         releaseInBackground(std::exchange(m_rootNode, std::move(root))); // a big tree frees off the UI thread
+        m_watch->watch(m_rootNode->store ? m_rootPath : std::string());
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty())
             contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
@@ -191,6 +196,7 @@ void BrondelWindow::loadHeaders()
 
 void BrondelWindow::showComputerRoot()
 {
+    m_watch->watch({});
     // Probing the drives may wait on a slow mount, so the node is built off the main
     // thread too; the Computer root is never shown dimmed.
     const int64_t gen = ++m_scanGeneration;
@@ -293,6 +299,47 @@ void BrondelWindow::reload()
         showComputerRoot();
     else
         scanThenShow(m_rootPath);
+}
+
+void BrondelWindow::liveReload()
+{
+    // A load on its way shows the folder as it is anyway.
+    if (m_isComputerRoot || m_scanPendingGen || !m_rootNode || !m_rootNode->store)
+        return;
+    if (m_liveBusy) {
+        m_liveAgain = true;
+        return;
+    }
+    m_liveBusy = true;
+    const int64_t gen = m_scanGeneration;
+    DirNodePtr before = m_rootNode;
+    const std::string path = m_rootPath;
+    const BrondelSettings settings = *m_context.settings;
+    m_context.scans->submit(this, [this, gen, before, path, settings]() -> std::function<void()> {
+        // With the status of every entry: rows that stay keep showing their sizes.
+        DirNodePtr fresh = ScanService::scanListing(path, settings, ScanMeta::Full);
+        auto diff = std::make_shared<FolderDiff>(folderDiff(before->store->root(), fresh->store->root()));
+        return [this, gen, before, fresh, diff]() mutable {
+            m_liveBusy = false;
+            if (gen == m_scanGeneration && before == m_rootNode) {
+                if (fresh->readError != 0 && !fresh->hasEntries()) {
+                    reload(); // the folder itself went away: say so
+                } else if (diff->changed) {
+                    if (!contentViewApplyFresh(m_contentView, fresh, *diff)) {
+                        releaseInBackground(std::exchange(m_rootNode, fresh));
+                        rebuildMode(m_currentMode);
+                    } else {
+                        releaseInBackground(std::exchange(m_rootNode, fresh));
+                    }
+                    emit contentsChanged();
+                }
+            }
+            releaseInBackground(std::move(fresh));
+            releaseInBackground(std::move(before));
+            if (std::exchange(m_liveAgain, false))
+                liveReload();
+        };
+    });
 }
 
 std::vector<std::string> BrondelWindow::selectedPaths() const

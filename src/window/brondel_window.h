@@ -20,6 +20,7 @@
 
 struct ListColumnWidths;
 class DimVeil;
+class FolderWatch;
 class QVBoxLayout;
 
 enum class RootKind { Folder, Computer };
@@ -82,6 +83,8 @@ signals:
     void locationChanged(const std::string& location);
     void modeChanged(ViewMode mode);
     void fileOpenRequested(const std::string& path);
+    // The shown folder's entries changed on disk and the view follows them.
+    void contentsChanged();
 
 private:
     void setTitle(const QString& title);
@@ -95,6 +98,9 @@ private:
     void checkDrive(const std::string& path);
     // Reads the favourites headers in the background; the view shows them on arrival.
     void loadHeaders();
+    // Reads the shown folder again after a change on disk and hands the view the
+    // difference; one read at a time, another one after it when more changes came.
+    void liveReload();
 
     const BrowserContext& m_context;
     std::string m_rootPath;
@@ -117,4 +123,7 @@ private:
     std::vector<std::string> m_forwardHistory;
     std::string m_selectAfterLoad;
     std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
+    FolderWatch* m_watch = nullptr;
+    bool m_liveBusy = false;  // a read after a change is on its way
+    bool m_liveAgain = false; // and more changes came meanwhile
 };

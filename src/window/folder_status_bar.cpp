@@ -121,6 +121,7 @@ void FolderStatusBar::setPane(BrondelWindow* pane)
         // A view is rebuilt whenever the folder's read lands or the mode changes.
         m_paneLinks << connect(pane, &BrondelWindow::modeChanged, this, [this] { watchView(); });
         m_paneLinks << connect(pane, &BrondelWindow::locationChanged, this, [this] { readSpace(); });
+        m_paneLinks << connect(pane, &BrondelWindow::contentsChanged, this, &FolderStatusBar::scheduleRecount);
     }
     watchView();
     readSpace();

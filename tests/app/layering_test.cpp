@@ -20,7 +20,7 @@ namespace {
 // Lower rank: lower layer. A folder may include its own and lower ranks only. fs and
 // config share a rank: fs may read the plain settings record.
 const std::map<std::string, int> kRank = {
-    {"fs", 0}, {"config", 0}, {"sizes", 1}, {"cards", 2}, {"app", 3},
+    {"fs", 0}, {"config", 0}, {"sizes", 1}, {"ops", 1}, {"cards", 2}, {"app", 3},
     {"services", 4}, {"views", 5}, {"window", 6}, {"actions", 7},
 };
 

@@ -486,6 +486,59 @@ private slots:
         QVERIFY(pane->contentView());
         QCOMPARE(pane->currentMode(), mode);
     }
+
+    // A shown folder follows changes other programs make, in list and column mode:
+    // new rows appear and removed ones go without a refresh, the selected row and an
+    // opened folder's rows stay, a row renamed away leaves the selection.
+    void liveFolderKeepsSelectionAndOpenedFolders()
+    {
+        for (ViewMode mode : {ViewMode::List, ViewMode::Column}) {
+            TempTree tree;
+            tree.file("a.txt", "a");
+            tree.file("c.txt", "ccc");
+            tree.file("d.txt", "d");
+            tree.file("sub/inner.txt");
+            TestContext t;
+            auto pane = paneAt(t, tree.root());
+            pane->rebuildMode(mode);
+            pane->showLocation(tree.root());
+            t.scans.finishAll();
+            QVERIFY(contentViewSelect(pane->contentView(), tree.path("c.txt")));
+            auto* items = qobject_cast<QAbstractItemView*>(pane->contentView());
+            QVERIFY(items);
+            auto* model = const_cast<NodeTreeModel*>(contentModel(items));
+            const QModelIndex sub = model->indexOfPath(tree.path("sub"));
+            QVERIFY(sub.isValid());
+            model->fetchMore(sub);
+            t.scans.finishAll();
+            QCOMPARE(model->rowCount(sub), 1);
+            QSignalSpy changed(pane.get(), &BrondelWindow::contentsChanged);
+
+            tree.file("b.txt");
+            tree.file("e.txt");
+            QVERIFY(std::remove(tree.path("a.txt").c_str()) == 0);
+            const auto shown = [&] {
+                std::vector<std::string> rows;
+                for (int row = 0; row < model->rowCount(); ++row)
+                    rows.push_back(model->nodeAt(model->index(row, 0))->name);
+                return rows;
+            };
+            const std::vector<std::string> want{"sub", "b.txt", "c.txt", "d.txt", "e.txt"};
+            QTRY_VERIFY_WITH_TIMEOUT(shown() == want, 10000);
+            QCOMPARE(contentViewSelection(pane->contentView()), std::vector<std::string>{tree.path("c.txt")});
+            QCOMPARE(items->currentIndex(), model->indexOfPath(tree.path("c.txt")));
+            const QModelIndex subNow = model->indexOfPath(tree.path("sub"));
+            QCOMPARE(model->rowCount(subNow), 1); // still open, not read again
+            QCOMPARE(pane->rootNode()->store->root().childCount, 5u);
+            QVERIFY(changed.count() >= 1);
+            QCOMPARE(contentViewFocus(pane->contentView()) != nullptr, true);
+
+            QVERIFY(std::rename(tree.path("c.txt").c_str(), tree.path("z.txt").c_str()) == 0);
+            QTRY_VERIFY_WITH_TIMEOUT(model->indexOfPath(tree.path("z.txt")).isValid(), 10000);
+            QVERIFY(contentViewSelection(pane->contentView()).empty());
+            QVERIFY(!model->indexOfPath(tree.path("c.txt")).isValid());
+        }
+    }
 };
 
 BRONDEL_GUI_TEST_MAIN(BrondelWindowTest)

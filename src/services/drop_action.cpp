@@ -1,0 +1,34 @@
+#include "services/drop_action.h"
+
+#include "fs/file_io.h"
+
+DropChoice dropChoose(Qt::KeyboardModifiers keys, const DropFacts& facts)
+{
+    if (facts.intoItself)
+        return DropChoice::None;
+    const bool copy = keys & Qt::ControlModifier;
+    const bool move = keys & Qt::ShiftModifier;
+    if (keys & Qt::AltModifier)
+        return facts.intoOwnFolder ? DropChoice::None : DropChoice::Ask;
+    if (copy && !move)
+        return DropChoice::Copy; // a copy beside the original is fine: it gets a free name
+    if (facts.intoOwnFolder)
+        return DropChoice::None;
+    if (move && !copy)
+        return DropChoice::Move;
+    return facts.sameDevice ? DropChoice::Move : DropChoice::Copy;
+}
+
+DropFacts dropFactsOfPaths(const std::vector<std::string>& sources, const std::string& target)
+{
+    DropFacts facts;
+    facts.intoOwnFolder = !sources.empty();
+    for (const std::string& source : sources) {
+        if (pathParent(source) != target)
+            facts.intoOwnFolder = false;
+        if (target == source || (target.size() > source.size() && target.compare(0, source.size(), source) == 0
+                                    && (source == "/" || target[source.size()] == '/')))
+            facts.intoItself = true;
+    }
+    return facts;
+}
