@@ -267,6 +267,7 @@ OpJob::Flow OpJob::copyItem(const std::string& source, const std::string& target
     }
     if (record)
         note(mode == Mode::MoveAcross ? OpStepKind::Moved : OpStepKind::Created, source, target);
+    m_placed = target;
     return Flow::Ok;
 }
 
@@ -296,6 +297,7 @@ OpJob::Flow OpJob::copyFolder(const std::string& source, const struct stat& st, 
         return attempt(source, [&] { return sysCalls().rmdir(source.c_str()) == 0 ? 0 : errno; });
     if (record && !merge)
         note(mode == Mode::MoveAcross ? OpStepKind::Moved : OpStepKind::Created, source, target);
+    m_placed = target;
     return flow;
 }
 
@@ -313,6 +315,7 @@ OpJob::Flow OpJob::moveItem(const std::string& source, const std::string& target
         if (sameFile(st, existing) && sysCalls().stat(pathParent(source).c_str(), &here) == 0
             && sysCalls().stat(targetDir.c_str(), &there) == 0 && sameFile(here, there)) {
             ++m_progress.itemsDone; // already where it should go
+            m_placed = target;
             return Flow::Ok;
         }
         switch (resolve(source, st, target, existing)) {
@@ -327,6 +330,7 @@ OpJob::Flow OpJob::moveItem(const std::string& source, const std::string& target
                 flow = moveItem(opJoin(source, names[i]), target, names[i]);
             if (flow != Flow::Stop)
                 sysCalls().rmdir(source.c_str()); // emptied, unless an item was skipped
+            m_placed = target;
             return flow;
         }
         case ConflictChoice::Replace:
@@ -353,6 +357,7 @@ OpJob::Flow OpJob::moveItem(const std::string& source, const std::string& target
     }
     ++m_progress.itemsDone;
     note(OpStepKind::Moved, source, target);
+    m_placed = target;
     return Flow::Ok;
 }
 
@@ -443,14 +448,11 @@ OpResult OpJob::runCopyOrMove(const OpRequest& request)
     }
     tick(true);
     for (const std::string& source : request.sources) {
-        const size_t before = m_record ? m_record->steps.size() : 0;
         const std::string name = pathLastComponent(source);
         const Flow flow = copy ? copyItem(source, request.targetDir, name, Mode::Copy, true)
                                : moveItem(source, request.targetDir, name);
-        if (m_record)
-            for (size_t i = before; i < m_record->steps.size(); ++i)
-                if (m_record->steps[i].kind != OpStepKind::Trashed && pathParent(m_record->steps[i].to) == request.targetDir)
-                    m_result.created.push_back(m_record->steps[i].to);
+        if (flow == Flow::Ok)
+            m_result.created.push_back(m_placed);
         if (flow == Flow::Stop)
             break;
     }
@@ -505,7 +507,9 @@ OpResult OpJob::run(const OpRequest& request)
     switch (request.kind) {
     case OpKind::Copy:
     case OpKind::Move:
-        runCopyOrMove(request);
+        m_result = runCopyOrMove(request);
+        if (m_result.status == OpStatus::Failed)
+            return m_result;
         break;
     case OpKind::Rename:
         return runRename(request);

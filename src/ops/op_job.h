@@ -61,6 +61,7 @@ private:
     OpRecord* m_record;
     OpResult m_result;
     OpProgress m_progress;
+    std::string m_placed; // where the item last finished went (a top-level one, once its walk returns)
     uint64_t m_questions = 0;
     std::optional<ConflictChoice> m_allFiles;   // "apply to all" answers
     std::optional<ConflictChoice> m_allFolders;
