@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <ctime>
+#include <set>
+#include <utility>
 
 namespace {
 
@@ -303,11 +305,25 @@ OpJob::Flow OpJob::copyFolder(const std::string& source, const struct stat& st, 
 
 OpJob::Flow OpJob::moveItem(const std::string& source, const std::string& targetDir, const std::string& name)
 {
+    if (!checkpoint())
+        return Flow::Stop;
+    std::string target = opJoin(targetDir, name);
+    // The common case in one call: a rename that refuses to replace anything. Clashes,
+    // failures and other devices take the long way below.
+    int first = opRenameNoReplace(source, target);
+    if (first == 0) {
+        ++m_progress.itemsDone;
+        note(OpStepKind::Moved, source, target);
+        m_placed = target;
+        tick();
+        return Flow::Ok;
+    }
+    if (first == EEXIST)
+        first = 0; // asked about below, and tried again once answered
     struct stat st;
     Flow flow = reach(source, st);
     if (flow != Flow::Ok)
         return flow;
-    std::string target = opJoin(targetDir, name);
     struct stat existing;
     if (sysCalls().lstat(target.c_str(), &existing) == 0) {
         struct stat here;
@@ -344,7 +360,7 @@ OpJob::Flow OpJob::moveItem(const std::string& source, const std::string& target
     }
     bool across = false;
     flow = attempt(source, [&] {
-        const int error = opRenameNoReplace(source, target);
+        const int error = first ? std::exchange(first, 0) : opRenameNoReplace(source, target);
         across = error == EXDEV;
         return across ? 0 : error;
     });
@@ -425,19 +441,22 @@ OpResult OpJob::runCopyOrMove(const OpRequest& request)
         return {OpStatus::Failed, errno, {}, 0};
     if (!S_ISDIR(dir.st_mode))
         return {OpStatus::Failed, ENOTDIR, {}, 0};
-    // Never into itself: no source may be the destination or one of its ancestors.
-    for (std::string at = request.targetDir; !at.empty(); at = pathParent(at)) {
+    // Never into itself: no source folder may be the destination or one of its ancestors.
+    // (A rename into itself the kernel refuses on its own.)
+    const bool copy = request.kind == OpKind::Copy;
+    std::set<std::pair<dev_t, ino_t>> folders;
+    for (const std::string& source : copy ? request.sources : std::vector<std::string>()) {
+        struct stat st;
+        if (sysCalls().lstat(source.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
+            folders.emplace(st.st_dev, st.st_ino);
+    }
+    for (std::string at = request.targetDir; !folders.empty() && !at.empty(); at = pathParent(at)) {
         struct stat up;
-        if (sysCalls().stat(at.c_str(), &up) == 0)
-            for (const std::string& source : request.sources) {
-                struct stat st;
-                if (sysCalls().lstat(source.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && sameFile(st, up))
-                    return {OpStatus::Failed, EINVAL, {}, 0};
-            }
+        if (sysCalls().stat(at.c_str(), &up) == 0 && folders.count({up.st_dev, up.st_ino}))
+            return {OpStatus::Failed, EINVAL, {}, 0};
         if (at == "/")
             break;
     }
-    const bool copy = request.kind == OpKind::Copy;
     if (copy) {
         m_progress.counting = true;
         for (const std::string& source : request.sources)
