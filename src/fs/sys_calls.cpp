@@ -35,7 +35,7 @@ const SysCalls kReal = {
     realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
     ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64,
     realCopyFileRange, realRenameat2, realFchmodat, realUtimensat, ::fchown, ::flistxattr, realFgetxattr,
-    realFsetxattr, ::symlink, ::fdatasync, ::rmdir,
+    realFsetxattr, ::symlink, ::fdatasync, ::rmdir, ::posix_fadvise,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

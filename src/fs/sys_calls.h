@@ -43,6 +43,7 @@ struct SysCalls {
     int (*symlink)(const char* target, const char* linkPath);
     int (*fdatasync)(int fd);
     int (*rmdir)(const char* path);
+    int (*fadvise)(int fd, off_t offset, off_t length, int advice); // 0 or an error number, like posix_fadvise
 };
 
 // The table in force (the real calls unless a test overrides them).

@@ -34,7 +34,9 @@ bool rangeUnsupported(int error)
 
 int copyByReadWrite(int in, int out, const OpChunkDone& chunkDone)
 {
-    std::vector<char> buffer(kBufferSize);
+    // One buffer per thread: a fresh megabyte for each of many small files would cost
+    // more than copying them.
+    thread_local std::vector<char> buffer(kBufferSize);
     for (;;) {
         ssize_t n = retryIntr([&] { return sysCalls().read(in, buffer.data(), buffer.size()); });
         if (n < 0)
@@ -92,6 +94,7 @@ std::string opJoin(const std::string& dir, const std::string& name)
 
 int opCopyData(int in, int out, const OpChunkDone& chunkDone)
 {
+    sysCalls().fadvise(in, 0, 0, POSIX_FADV_SEQUENTIAL); // a hint: read ahead further
     for (;;) {
         ssize_t n = retryIntr([&] { return sysCalls().copy_file_range(in, nullptr, out, nullptr, kRangeChunk, 0); });
         if (n < 0) {

@@ -414,6 +414,27 @@ TEST(OpMove, AcrossDevicesRemovesNoSourceBeforeItsCopyIsComplete)
     EXPECT_FALSE(g_unlinkEarly);
 }
 
+TEST(OpMove, IntoItsOwnFolderOrItselfChangesNothing)
+{
+    TempTree tree;
+    tree.file("a/b/c.txt", "c");
+    ScriptedObserver observer;
+    // Into its own subfolder: the rename is refused and reported.
+    OpResult inside = run({OpKind::Move, {tree.path("a")}, tree.path("a/b"), {}}, observer);
+    ASSERT_EQ(observer.errors.size(), 1u);
+    EXPECT_EQ(observer.errors[0].error, EINVAL);
+    EXPECT_EQ(inside.skipped, 1u);
+    EXPECT_EQ(content(tree.path("a/b/c.txt")), "c");
+    // Into the folder it is already in: nothing to do, nothing asked.
+    OpRecord record;
+    OpResult same = run({OpKind::Move, {tree.path("a/b/c.txt")}, tree.path("a/b"), {}}, observer, &record);
+    EXPECT_EQ(same.status, OpStatus::Done);
+    EXPECT_TRUE(observer.conflicts.empty());
+    EXPECT_EQ(observer.errors.size(), 1u);
+    EXPECT_TRUE(record.steps.empty());
+    EXPECT_EQ(namesIn(tree.path("a/b")), std::set<std::string>{"c.txt"});
+}
+
 TEST(OpConflicts, AnswersTable)
 {
     struct Case {

@@ -84,6 +84,13 @@ struct Listener {
     }
 };
 
+// A tree where src/n.txt ("new") clashes with dst/n.txt ("old").
+void makeClash(TempTree& tree)
+{
+    tree.file("src/n.txt", "new");
+    tree.file("dst/n.txt", "old");
+}
+
 } // namespace
 
 TEST(OpQueue, RunsAJobThenUndoesAndRedoesIt)
@@ -123,8 +130,7 @@ TEST(OpQueue, QuestionsWaitForTheirAnswers)
 {
     ensureApp();
     TempTree tree;
-    tree.file("src/n.txt", "new");
-    tree.file("dst/n.txt", "old");
+    makeClash(tree);
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Copy, {tree.path("src/n.txt"), tree.path("src/gone")}, tree.path("dst"), {}});
@@ -160,8 +166,7 @@ TEST(OpQueue, CancelWhileAskingChangesNothing)
 {
     ensureApp();
     TempTree tree;
-    tree.file("src/n.txt", "new");
-    tree.file("dst/n.txt", "old");
+    makeClash(tree);
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Move, {tree.path("src/n.txt")}, tree.path("dst"), {}});
@@ -198,8 +203,7 @@ TEST(OpQueue, GoingAwayWithAJobWaitingOnAQuestionDoesNotHang)
 {
     ensureApp();
     TempTree tree;
-    tree.file("src/n.txt", "new");
-    tree.file("dst/n.txt", "old");
+    makeClash(tree);
     QElapsedTimer timer;
     {
         OpQueue queue;
