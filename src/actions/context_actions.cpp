@@ -205,11 +205,14 @@ void ContextActions::newFolder(BrondelWindow& pane)
     const std::string folder = pane.rootPath();
     pane.context().scans->submit(&pane, [&pane, folder]() -> std::function<void()> {
         errno = 0;
-        const bool made = newFolderCreate(folder).has_value();
+        const std::optional<std::string> path = newFolderCreate(folder);
+        const bool made = path.has_value();
         const int error = made ? 0 : (errno ? errno : EEXIST);
-        return [&pane, made, error] {
-            if (made)
+        return [&pane, made, error, path] {
+            if (made) {
+                pane.renameAfterLoad(*path); // named at once, in place
                 refreshView(pane);
+            }
             else // a folder one may not write to, a full or read-only disk: say so
                 ActionDialogs::current().alert(pane.window(), QObject::tr("The new folder could not be created."),
                     QString::fromStdString(TrashOp::describe(error)));

@@ -1,6 +1,9 @@
 #include "actions/context_menu.h"
 
 #include "actions/context_actions.h"
+#include "actions/file_actions.h"
+#include "actions/workspace.h"
+#include "views/content_view.h"
 #include "actions/management_windows.h"
 #include "config/palette.h"
 #include "window/brondel_window.h"
@@ -158,6 +161,17 @@ void contextFill(QMenu& menu, BrondelWindow& pane, const DirNode& node, MenuForm
     if (isDir)
         item(menu, QObject::tr("Open in New Window"), pane, payload,
             [](BrondelWindow& p, const MenuPayload& m) { ContextActions::openNewWindow(p, m.path); });
+    if (!isDir && form != MenuForm::Compact) {
+        // Filled when it opens: the applications are read in the background.
+        auto* with = menu.addMenu(QObject::tr("Open With"));
+        with->setObjectName(QStringLiteral("openWith"));
+        QPointer<BrondelWindow> owner(&pane);
+        const std::string path = node.path;
+        QObject::connect(with, &QMenu::aboutToShow, with, [with, owner, path] {
+            if (owner && with->isEmpty())
+                FileActions::openWithFill(*with, *owner, path);
+        });
+    }
     menu.addSeparator();
     item(menu, ContextActions::revealTitle(), pane, payload,
         [](BrondelWindow& p, const MenuPayload& m) { ContextActions::reveal(p, m.path); });
@@ -170,6 +184,11 @@ void contextFill(QMenu& menu, BrondelWindow& pane, const DirNode& node, MenuForm
         ctxFavoritesItems(menu, pane, node.path);
     }
     menu.addSeparator();
+    item(menu, QObject::tr("Rename\u2026"), pane, payload,
+        [](BrondelWindow& p, const MenuPayload& m) { contentViewRename(p.contentView(), m.path); });
+    if (isDir && workspaceClipboardFiles())
+        item(menu, QObject::tr("Paste Into Folder"), pane, payload,
+            [](BrondelWindow& p, const MenuPayload& m) { FileActions::paste(p, m.path); });
     item(menu, QObject::tr("Move to Trash"), pane, payload,
         [](BrondelWindow& p, const MenuPayload& m) { ContextActions::trash(p, {m.path}); });
 }
@@ -240,6 +259,9 @@ void contextBackgroundFill(QMenu& menu, BrondelWindow& pane)
     item(menu, QObject::tr("New Folder"), pane, none, [](BrondelWindow& p, const MenuPayload&) {
         ContextActions::newFolder(p);
     })->setEnabled(folder);
+    if (folder && workspaceClipboardFiles())
+        item(menu, QObject::tr("Paste"), pane, none,
+            [](BrondelWindow& p, const MenuPayload&) { FileActions::paste(p, p.rootPath()); });
     item(menu, QObject::tr("New Favorites Section\u2026"), pane, none,
         [](BrondelWindow& p, const MenuPayload&) { ContextActions::sectionNew(p); });
     item(menu, QObject::tr("Add This Folder to Favorites"), pane, none,

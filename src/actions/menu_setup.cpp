@@ -1,4 +1,5 @@
 #include "actions/menu_setup.h"
+#include "actions/file_actions.h"
 
 #include "services/view_modes.h"
 #include "actions/context_actions.h"
@@ -189,7 +190,8 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
         if (!joined.empty())
             ContextActions::copyPath(joined);
     });
-    item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
+    QAction* trash = item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
+    trash->setShortcuts({shortcutKeys(Shortcut::Trash), shortcutKeys(Shortcut::TrashKey)});
     file->addSeparator();
     item(file, QObject::tr("Add to Favorites"), Shortcut::AddToFavorites, "star", frame,
         [frame] { ContextActions::favAddPaths(*frame->routed(), targets(frame)); });
@@ -296,7 +298,20 @@ void MenuSetup::install(BrowserFrame* frame)
     fileMenu(bar, frame);
 
     QMenu* edit = bar->addMenu(QObject::tr("&Edit"));
+    QAction* undo = item(edit, QObject::tr("Undo"), Shortcut::Undo, "arrow.uturn.backward", frame,
+        [frame] { FileActions::undo(frame->context(), frame); });
+    QAction* redo = item(edit, QObject::tr("Redo"), Shortcut::Redo, "arrow.uturn.forward", frame,
+        [frame] { FileActions::redo(frame->context(), frame); });
+    FileActions::followUndo(frame->context(), undo, redo);
+    edit->addSeparator();
+    item(edit, QObject::tr("Cut"), Shortcut::Cut, "scissors", frame, [frame] { FileActions::cut(*frame); });
     item(edit, QObject::tr("Copy"), Shortcut::Copy, "doc.on.doc", frame, [frame] { copySelection(frame); });
+    item(edit, QObject::tr("Paste"), Shortcut::Paste, "doc.on.clipboard", frame, [frame] {
+        if (frame->routed() && !frame->routed()->isComputerRoot())
+            FileActions::paste(*frame->routed(), frame->routed()->rootPath());
+    });
+    item(edit, QObject::tr("Rename…"), Shortcut::Rename, "pencil", frame,
+        [frame] { contentViewRename(frame->routed()->contentView()); });
     item(edit, QObject::tr("Select All"), Shortcut::SelectAll, "checkmark.square", frame, [frame] { selectAll(frame); });
     edit->addSeparator();
     frame->findAction()->setIcon(iconSymbol("magnifyingglass"));

@@ -3,6 +3,7 @@
 
 #include "actions/context_actions.h"
 #include "actions/context_menu.h"
+#include "actions/file_actions.h"
 #include "actions/menu_setup.h"
 #include "actions/settings_actions.h"
 #include "window/window_hooks.h"
@@ -17,6 +18,12 @@ const bool g_installed = [] {
     };
     hooks.trash = [](BrondelWindow& pane, std::vector<std::string> paths) {
         ContextActions::trash(pane, std::move(paths));
+    };
+    hooks.rename = [](BrondelWindow& pane, const std::string& path, const std::string& newName) {
+        FileActions::rename(pane, path, newName);
+    };
+    hooks.drop = [](BrondelWindow& pane, std::vector<std::string> paths, const std::string& folder) {
+        FileActions::drop(pane, std::move(paths), folder);
     };
     hooks.openFile = [](QWidget* parent, const std::string& path) { ContextActions::openFile(parent, path); };
     hooks.sortByColumn = [](const BrowserContext& context, const std::string& key) {

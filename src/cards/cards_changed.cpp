@@ -172,6 +172,19 @@ bool cardsChangedObserve(std::function<void()> callback, QObject* owner, std::fu
     return true;
 }
 
+bool cardsBusSend(const QDBusMessage& message)
+{
+    const QString address = sessionBusAddress();
+    if (address.isEmpty())
+        return false;
+    ensureApplication();
+    busConnectThen(address, [message](QDBusConnection bus) {
+        if (bus.isConnected())
+            bus.send(message);
+    });
+    return true;
+}
+
 bool cardsChangedBusPending()
 {
     return g_pendingConnects.load() > 0;

@@ -44,6 +44,12 @@ CardsPost cardsChangedPost(std::chrono::milliseconds wait = kCardsPostWait);
 bool cardsChangedObserve(std::function<void()> callback, QObject* owner = nullptr,
                          std::function<void(bool subscribed)> subscribed = {});
 
+// Sends `message` (a signal, or a call whose reply nobody waits for) on the session bus,
+// from the same connection and thread as the notification: returns at once, and a bus
+// that never answers holds up nothing. False when there is no bus address.
+class QDBusMessage;
+bool cardsBusSend(const QDBusMessage& message);
+
 // Whether a connection to the bus is still waiting for an answer.
 bool cardsChangedBusPending();
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+class OpQueue;
 class ScanService;
 
 struct BrowserContext {
@@ -23,6 +24,9 @@ struct BrowserContext {
     // None: they share `scans`.
     ScanService* edits = nullptr;
     const BrondelSettings* settings = nullptr;
+    // The file operations (copy, move, rename, ...) with their undo stack; none in tests
+    // that do not need them.
+    OpQueue* ops = nullptr;
     Defer defer; // empty: a QTimer single shot
     bool animate = true; // fades; off in tests and benchmarks
     // Stand-ins for the core services (tests give their own); empty: the real ones. All

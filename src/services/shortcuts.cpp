@@ -14,6 +14,13 @@ QKeySequence shortcutKeys(Shortcut shortcut)
     case Shortcut::AddToFavorites: return QKeySequence(Qt::META | Qt::CTRL | Qt::Key_T);
     case Shortcut::CloseWindow: return QKeySequence(Qt::CTRL | Qt::Key_W);
     case Shortcut::Copy: return QKeySequence(Qt::CTRL | Qt::Key_C);
+    case Shortcut::Cut: return QKeySequence(Qt::CTRL | Qt::Key_X);
+    case Shortcut::Paste: return QKeySequence(Qt::CTRL | Qt::Key_V);
+    case Shortcut::Undo: return QKeySequence(Qt::CTRL | Qt::Key_Z);
+    case Shortcut::Redo: return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+    case Shortcut::Rename: return QKeySequence(Qt::Key_F2);
+    case Shortcut::TrashKey: return QKeySequence(Qt::Key_Delete);
+    case Shortcut::DeleteNow: return QKeySequence(Qt::SHIFT | Qt::Key_Delete);
     case Shortcut::SelectAll: return QKeySequence(Qt::CTRL | Qt::Key_A);
     case Shortcut::Find: return QKeySequence(Qt::CTRL | Qt::Key_F);
     case Shortcut::AsIcons: return QKeySequence(Qt::CTRL | Qt::Key_1);

@@ -18,6 +18,13 @@ enum class Shortcut {
     AddToFavorites,
     CloseWindow,
     Copy,
+    Cut,
+    Paste,
+    Undo,
+    Redo,
+    Rename,
+    TrashKey,     // the Delete key, beside Trash's own keys
+    DeleteNow,    // deletes for good, after asking
     SelectAll,
     Find,
     AsIcons,

@@ -37,6 +37,8 @@ QVariant ColumnSource::data(const QModelIndex& index, int role) const
     const Row row = rowAt(index);
     if (role == Qt::DisplayRole)
         return rowText(row);
+    if (role == Qt::EditRole) // the name alone, for renaming
+        return row.isHeader() ? QVariant() : QVariant(row.name());
     if (row.isHeader())
         return headerStyle(*row.node, role);
     if (role == Qt::DecorationRole)

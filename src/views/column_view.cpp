@@ -17,8 +17,13 @@ BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, Cont
     , m_hooks(std::move(hooks))
 {
     source->setParent(this);
-    setModel(source);
+    // Every column takes the view's delegate, edit triggers and drag and drop settings
+    // when it is made, the first one with the model: they come first.
+    setItemDelegate(contentRenameEditor(*source, m_hooks, this));
+    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+    contentDragDropSetUp(*this, *source, m_hooks);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setModel(source);
     setResizeGripsVisible(true);
     connect(this, &QAbstractItemView::doubleClicked, this,
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });

@@ -1,4 +1,5 @@
 #include "views/content_hooks.h"
+#include "views/rename_editor.h"
 
 #include "views/node_tree_model.h"
 
@@ -42,6 +43,24 @@ void contentMenuPopup(std::unique_ptr<QMenu> menu, QWidget& owner, QPoint global
     QObject::connect(shown, &QMenu::aboutToHide, shown, &QObject::deleteLater);
     QObject::connect(&owner, &QObject::destroyed, shown, &QMenu::close);
     shown->popup(global);
+}
+
+QAbstractItemDelegate* contentRenameEditor(const NodeTreeModel& model, const ContentHooks& hooks, QObject* parent)
+{
+    const NodeTreeModel* rows = &model;
+    return new RenameEditor([rows](const QModelIndex& index) { return rows->nodeAt(index)->path; },
+        [rows](const QModelIndex& index) { return rows->isFolder(index); }, hooks.rename, parent);
+}
+
+void contentDragDropSetUp(QAbstractItemView& view, NodeTreeModel& model, const ContentHooks& hooks)
+{
+    model.setDrop(hooks.drop);
+    view.setDragEnabled(true);
+    view.setAcceptDrops(true);
+    view.setDropIndicatorShown(true);
+    view.setDragDropMode(QAbstractItemView::DragDrop);
+    view.setDragDropOverwriteMode(true); // onto rows, not between them
+    view.setDefaultDropAction(Qt::MoveAction);
 }
 
 const NodeTreeModel* contentModel(const QAbstractItemView* view)

@@ -9,8 +9,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class NodeTreeModel;
+class QAbstractItemDelegate;
+class QObject;
 class QAbstractItemView;
 class QMenu;
 class QWidget;
@@ -24,6 +27,10 @@ struct ContentHooks {
     std::function<void(QMenu&, const DirNodePtr&)> fillMenu;
     // A click on the list's column header: "name", "date", "size" or "kind".
     std::function<void(const std::string& key)> sortBy;
+    // A row renamed in place: the item at `path` gets `newName` (one name, as bytes).
+    std::function<void(const std::string& path, const std::string& newName)> rename;
+    // Files dropped on the view: into `folder` (a folder row, or the shown folder).
+    std::function<void(std::vector<std::string> paths, std::string folder)> drop;
     // The list's column widths as the user left them (null: a view of its own).
     std::shared_ptr<ListColumnWidths> listWidths;
 };
@@ -42,6 +49,12 @@ void contentMenuPopup(std::unique_ptr<QMenu> menu, QWidget& owner, QPoint global
 // What a double-click or Return on a row does: folders go to openFolder, files to
 // openFile, section headers do nothing.
 void contentActivate(const DirNodePtr& node, const ContentHooks& hooks);
+
+// The in-place rename editor of a view over `model`: it hands accepted names to the hooks.
+QAbstractItemDelegate* contentRenameEditor(const NodeTreeModel& model, const ContentHooks& hooks, QObject* parent);
+
+// Rows drag out as files, and files drop onto folder rows or the empty space.
+void contentDragDropSetUp(QAbstractItemView& view, NodeTreeModel& model, const ContentHooks& hooks);
 
 // The rows' model of an item view, when it shows a NodeTreeModel.
 const NodeTreeModel* contentModel(const QAbstractItemView* view);

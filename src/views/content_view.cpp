@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QColumnView>
 #include <QListView>
 #include <QMenu>
 
@@ -53,6 +54,31 @@ bool contentViewSelect(QWidget* view, const std::string& path)
     return true;
 }
 
+
+bool contentViewRename(QWidget* view, const std::string& path)
+{
+    if (!path.empty() && !contentViewSelect(view, path))
+        return false;
+    QAbstractItemView* items = selectionView(view);
+    if (auto* browser = qobject_cast<QColumnView*>(items)) {
+        // The editor opens in the column that shows the row.
+        const QModelIndex current = browser->currentIndex();
+        for (QAbstractItemView* column : browser->findChildren<QAbstractItemView*>())
+            if (column != browser && column->rootIndex() == current.parent() && column->model() == browser->model()) {
+                column->setCurrentIndex(current);
+                items = column;
+                break;
+            }
+    }
+    if (!items || !items->currentIndex().isValid())
+        return false;
+    const QModelIndex name = items->currentIndex().siblingAtColumn(0);
+    if (!(name.flags() & Qt::ItemIsEditable))
+        return false;
+    items->setFocus(Qt::OtherFocusReason);
+    items->edit(name);
+    return items->viewport()->findChild<QWidget*>(QStringLiteral("renameEditor")) != nullptr;
+}
 
 bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderDiff& diff)
 {

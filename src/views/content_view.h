@@ -34,6 +34,10 @@ std::vector<std::string> contentViewSelection(QWidget* view);
 // the view has no such row.
 bool contentViewSelect(QWidget* view, const std::string& path);
 
+// Opens the in-place rename editor on the current row (on `path`'s row when given);
+// false when there is no row to rename.
+bool contentViewRename(QWidget* view, const std::string& path = {});
+
 // The shown folder was read again: the view takes the difference in place, keeping its
 // selection, current row, opened folders and scroll position. False when it cannot (the
 // caller builds the view again).

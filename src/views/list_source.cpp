@@ -23,6 +23,8 @@ QVariant ListSource::data(const QModelIndex& index, int role) const
     }
     if (role == Qt::DecorationRole && index.column() == Name)
         return icon(row);
+    if (role == Qt::EditRole)
+        return index.column() == Name ? QVariant(row.name()) : QVariant();
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
         return {};
     switch (index.column()) {

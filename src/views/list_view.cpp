@@ -50,6 +50,10 @@ BrondelOutlineView::BrondelOutlineView(ListSource* source, const BrowserContext&
     setUniformRowHeights(true); // a folder of 100,000 rows lays out in constant time
     setModel(source);
     setItemDelegateForColumn(ListSource::Size, new ListSizeCell(*source, *context.settings, this));
+    setItemDelegateForColumn(ListSource::Name, contentRenameEditor(*source, m_hooks, this));
+    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+    contentDragDropSetUp(*this, *source, m_hooks);
+    setAutoExpandDelay(800); // a folder hovered during a drag opens (spring-loaded)
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setTextElideMode(Qt::ElideRight);

@@ -6,6 +6,7 @@
 #include "fs/sort_nodes.h"
 #include "views/row_info_cache.h"
 #include "services/scan_service.h"
+#include "services/file_clipboard.h"
 #include "services/file_icons.h"
 #include "services/theme_icons.h"
 
@@ -458,17 +459,65 @@ bool NodeTreeModel::metaPending() const
 
 Qt::ItemFlags NodeTreeModel::flags(const QModelIndex& index) const
 {
-    if (!index.isValid())
-        return Qt::NoItemFlags;
+    if (!index.isValid()) // the empty space: files dropped there go into the shown folder
+        return m_root->path == "/" && !m_root->store ? Qt::NoItemFlags : Qt::ItemIsDropEnabled;
     // Section headers can be expanded but never selected, by click, keys or select-all.
     const Row row = rowAt(index);
     if (row.isHeader())
         return Qt::ItemIsEnabled;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled;
+    if (row.isDir())
+        flags |= Qt::ItemIsDropEnabled;
     // Saying so spares the tree a look-up per row of whether the row is expanded, when it
     // lays out a folder's rows.
     if (!expandable(row))
-        return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-    return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+        flags |= Qt::ItemNeverHasChildren;
+    // A folder's entries can be renamed in place; drives and favourites rows cannot.
+    if (row.record && index.column() == 0)
+        flags |= Qt::ItemIsEditable;
+    return flags;
+}
+
+QStringList NodeTreeModel::mimeTypes() const
+{
+    return {QStringLiteral("text/uri-list")};
+}
+
+QMimeData* NodeTreeModel::mimeData(const QModelIndexList& indexes) const
+{
+    std::vector<std::string> paths;
+    for (const QModelIndex& index : indexes) {
+        if (index.column() != 0 || rowAt(index).isHeader())
+            continue;
+        paths.push_back(rowAt(index).path());
+    }
+    return paths.empty() ? nullptr : fileClipboardData(paths, ClipboardIntent::Copy);
+}
+
+Qt::DropActions NodeTreeModel::supportedDropActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+Qt::DropActions NodeTreeModel::supportedDragActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+bool NodeTreeModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const
+{
+    return data && m_drop && (flags(parent) & Qt::ItemIsDropEnabled) && fileClipboardRead(*data).has_value();
+}
+
+bool NodeTreeModel::dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+    const QModelIndex& parent)
+{
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    // On a folder row: into it; between rows or on empty space: into the folder shown.
+    const std::string folder = parent.isValid() && rowAt(parent).isDir() ? rowAt(parent).path() : m_root->path;
+    m_drop(fileClipboardRead(*data)->paths, folder);
+    return false; // the rows change when the disk does, never by the view's own move
 }
 
 QVariant NodeTreeModel::headerStyle(const DirNode& header, int role)

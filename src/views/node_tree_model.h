@@ -21,6 +21,9 @@
 #include <QAbstractItemModel>
 #include <QIcon>
 
+#include <functional>
+#include <string>
+
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -56,6 +59,19 @@ public:
     void fetchMore(const QModelIndex& parent) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+    // Drag and drop: rows leave as files (services/file_clipboard); files dropped on a
+    // folder row go into it, anywhere else into the shown folder, through `drop`
+    // (paths, target folder), which decides between copy and move.
+    using Drop = std::function<void(std::vector<std::string> paths, std::string folder)>;
+    void setDrop(Drop drop) { m_drop = std::move(drop); }
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    Qt::DropActions supportedDropActions() const override;
+    Qt::DropActions supportedDragActions() const override;
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+        const QModelIndex& parent) const override;
+    bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+        const QModelIndex& parent) override;
 
     // The rows [first, last] under `parent` are on screen: their sizes and dates are read first.
     void noteVisibleRows(const QModelIndex& parent, int first, int last);
@@ -129,4 +145,5 @@ private:
     const BrowserContext& m_context;
     std::unique_ptr<Level> m_top;
     std::vector<std::unique_ptr<Level>> m_retired; // levels of rows gone from the folder
+    Drop m_drop;
 };

@@ -25,6 +25,7 @@ AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, View
 {
     m_context.scans = &m_scans;
     m_context.edits = &m_edits;
+    m_context.ops = &m_ops;
     m_context.settings = &settings;
     m_context.openWindow = [this](const std::string& folder, const std::string& select) { openFolder(folder, select); };
     m_context.sortByColumn = [this](const std::string& key) {

@@ -6,6 +6,7 @@
 #include "window/brondel_window.h"
 #include "services/browser_context.h"
 #include "services/scan_service.h"
+#include "ops/op_queue.h"
 
 #include <QObject>
 #include <QPointer>
@@ -51,6 +52,7 @@ private:
     ViewMode m_mode;
     ScanService m_scans;
     ScanService m_edits;
+    OpQueue m_ops;
     BrowserContext m_context;
     CardsObserver m_observeCards;
     std::vector<QPointer<BrowserFrame>> m_windows;

@@ -164,8 +164,13 @@ void BrondelWindow::scanThenShow(const std::string& path)
         releaseInBackground(std::exchange(m_rootNode, std::move(root))); // a big tree frees off the UI thread
         m_watch->watch(m_rootNode->store ? m_rootPath : std::string());
         rebuildMode(m_currentMode);
-        if (!m_selectAfterLoad.empty())
-            contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
+        if (!m_selectAfterLoad.empty()) {
+            const std::string path = std::exchange(m_selectAfterLoad, std::string());
+            if (std::exchange(m_renameAfterLoad, false))
+                contentViewRename(m_contentView, path);
+            else
+                contentViewSelect(m_contentView, path);
+        }
     });
 }
 
@@ -276,6 +281,14 @@ void BrondelWindow::rebuildMode(ViewMode mode)
             windowHooks().fillContextMenu(menu, *this, node);
     };
     hooks.sortBy = m_context.sortByColumn;
+    hooks.drop = [this](std::vector<std::string> paths, std::string folder) {
+        if (windowHooks().drop)
+            windowHooks().drop(*this, std::move(paths), folder);
+    };
+    hooks.rename = [this](const std::string& path, const std::string& newName) {
+        if (windowHooks().rename)
+            windowHooks().rename(*this, path, newName);
+    };
     hooks.listWidths = m_listWidths;
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);

@@ -74,6 +74,12 @@ public:
     std::vector<std::string> selectedPaths() const;
     // Selects the row of `path` once the location being loaded is shown.
     void selectAfterLoad(const std::string& path) { m_selectAfterLoad = path; }
+    // The same, with the rename editor open on it (a new folder).
+    void renameAfterLoad(const std::string& path)
+    {
+        m_selectAfterLoad = path;
+        m_renameAfterLoad = true;
+    }
 
     // The dimming check of the load of generation `gen` (normally 0.12 s after it began).
     void dimCheck(int64_t gen);
@@ -122,6 +128,7 @@ private:
     std::vector<std::string> m_navHistory;
     std::vector<std::string> m_forwardHistory;
     std::string m_selectAfterLoad;
+    bool m_renameAfterLoad = false;
     std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
     FolderWatch* m_watch = nullptr;
     bool m_liveBusy = false;  // a read after a change is on its way

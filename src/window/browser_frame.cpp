@@ -1,4 +1,5 @@
 #include "window/browser_frame.h"
+#include "window/op_progress_panel.h"
 
 #include "window/window_hooks.h"
 #include "window/browser_toolbar.h"
@@ -68,6 +69,8 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
 
     m_status = new FolderStatusBar(context, this);
     setStatusBar(m_status);
+    if (context.ops)
+        m_status->addPermanentWidget(new OpProgressPanel(context.ops, m_status));
     m_pathEntry = new PathEntry(context, this);
     connect(m_pathEntry, &PathEntry::navigateRequested, this, &BrowserFrame::navigateTo);
     auto* locate = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this);

@@ -25,6 +25,10 @@ struct WindowHooks {
     std::function<void(BrondelWindow&, std::vector<std::string>)> trash;
     // Opens a file with its default application (an alert when that fails).
     std::function<void(QWidget*, const std::string&)> openFile;
+    // Renames the item at `path` to `newName` (a row edited in place).
+    std::function<void(BrondelWindow&, const std::string& path, const std::string& newName)> rename;
+    // Files dropped into `folder`: copied or moved as the keys and the devices say.
+    std::function<void(BrondelWindow&, std::vector<std::string> paths, const std::string& folder)> drop;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
 };

@@ -104,7 +104,9 @@ private slots:
                                      reveal + "=Ctrl+R", "Copy Path=Ctrl+Alt+C", "Move to Trash=Ctrl+Backspace",
                                      "-", "Add to Favorites=Meta+Ctrl+T", "Remove from Favorites=", "-",
                                      "Close Window=Ctrl+W"};
-        QTest::newRow("edit") << "&Edit" << QStringList{"Copy=Ctrl+C", "Select All=Ctrl+A", "-", "Find\u2026=Ctrl+F"};
+        QTest::newRow("edit") << "&Edit" << QStringList{"Undo=Ctrl+Z", "Redo=Ctrl+Shift+Z", "-", "Cut=Ctrl+X",
+                                             "Copy=Ctrl+C", "Paste=Ctrl+V", "Rename\u2026=F2", "Select All=Ctrl+A", "-",
+                                             "Find\u2026=Ctrl+F"};
         QTest::newRow("view") << "&View"
                               << QStringList{"as Icons=Ctrl+1", "as List=Ctrl+2", "as Columns=Ctrl+3",
                                      "as Peek=Ctrl+4", "Split View Right=Ctrl+D", "Split View Down=Ctrl+Shift+D",

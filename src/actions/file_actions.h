@@ -1,0 +1,43 @@
+#pragma once
+// Everyday file work from the menus, the keys and the views: cut, copy and paste through
+// the clipboard, rename in place, undo and redo, and Open With. Each change runs as a
+// job of the file operations (context.ops), off the UI thread, and joins the undo stack;
+// a failure is shown in an alert once the job ends.
+
+#include "fs/desktop_apps.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class BrondelWindow;
+class BrowserFrame;
+class QAction;
+class QMenu;
+class QWidget;
+struct BrowserContext;
+struct OpRequest;
+
+struct FileActions {
+    // Puts the frame's selected items on the clipboard, to be moved by the next paste.
+    static void cut(BrowserFrame& frame);
+    // Copies or moves (after a cut) the clipboard's files into `folder`.
+    static void paste(BrondelWindow& pane, const std::string& folder);
+    // Files dropped into `folder`: the keys held now and whether the files share the
+    // folder's device decide (dropChoose); Alt asks with a small menu at the pointer.
+    static void drop(BrondelWindow& pane, std::vector<std::string> paths, const std::string& folder);
+    static void rename(BrondelWindow& pane, const std::string& path, const std::string& newName);
+    static void undo(const BrowserContext& context, QWidget* parent);
+    static void redo(const BrowserContext& context, QWidget* parent);
+    // Keeps the items' texts ("Undo Rename") and enabled state current.
+    static void followUndo(const BrowserContext& context, QAction* undo, QAction* redo);
+    // Submits `request`; an alert on `parent` says why when it fails.
+    static void run(const BrowserContext& context, QWidget* parent, const OpRequest& request);
+
+    // Fills the Open With submenu of `path`: the applications for its type, the default
+    // first, then "Other Application…". The list is read in the background the first
+    // time; the menu is filled when it is in.
+    static void openWithFill(QMenu& menu, BrondelWindow& pane, const std::string& path);
+    // Opens `paths` with the application `app`; false when it could not be started.
+    static bool launch(const DesktopApp& app, const std::vector<std::string>& paths);
+};
