@@ -33,3 +33,7 @@ std::vector<std::string> contentViewSelection(QWidget* view);
 // Selects the top-level row of `path` in a content view and scrolls to it; false when
 // the view has no such row.
 bool contentViewSelect(QWidget* view, const std::string& path);
+
+// Selects the top-level rows of `paths` (and nothing else), the first found current and
+// scrolled to; paths without a row are passed over. How many were selected.
+int contentViewSelectAll(QWidget* view, const std::vector<std::string>& paths);

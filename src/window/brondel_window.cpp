@@ -160,7 +160,7 @@ void BrondelWindow::scanThenShow(const std::string& path)
         releaseInBackground(std::exchange(m_rootNode, std::move(root))); // a big tree frees off the UI thread
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty())
-            contentViewSelect(m_contentView, std::exchange(m_selectAfterLoad, std::string()));
+            contentViewSelectAll(m_contentView, std::exchange(m_selectAfterLoad, {}));
     });
 }
 

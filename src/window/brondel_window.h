@@ -72,7 +72,8 @@ public:
     // The paths selected in the content view.
     std::vector<std::string> selectedPaths() const;
     // Selects the row of `path` once the location being loaded is shown.
-    void selectAfterLoad(const std::string& path) { m_selectAfterLoad = path; }
+    void selectAfterLoad(const std::string& path) { m_selectAfterLoad = {path}; }
+    void selectAfterLoad(std::vector<std::string> paths) { m_selectAfterLoad = std::move(paths); }
 
     // The dimming check of the load of generation `gen` (normally 0.12 s after it began).
     void dimCheck(int64_t gen);
@@ -115,6 +116,6 @@ private:
     std::optional<int64_t> m_scanPendingGen;
     std::vector<std::string> m_navHistory;
     std::vector<std::string> m_forwardHistory;
-    std::string m_selectAfterLoad;
+    std::vector<std::string> m_selectAfterLoad;
     std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
 };

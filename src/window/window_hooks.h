@@ -27,6 +27,8 @@ struct WindowHooks {
     std::function<void(QWidget*, const std::string&)> openFile;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
+    // Opens the Properties window of each path.
+    std::function<void(std::vector<std::string>)> showProperties;
 };
 
 // The process's hooks.
