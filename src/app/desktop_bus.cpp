@@ -28,17 +28,36 @@ namespace {
 // The connection both services and the hand-over use.
 constexpr const char* kConnectionName = "brondel_desktop";
 
-// The file-manager service's calls carry a startup token we have no use for: windows
-// come to the front the way every other window does.
-class FileManagerAdaptor : public QObject {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+// What both services share: the application's requests, and the local paths of the
+// URIs a call carries (the others are passed over).
+class RequestsAdaptor : public QObject {
 public:
-    FileManagerAdaptor(std::shared_ptr<const DesktopRequests> requests, QObject* parent)
+    RequestsAdaptor(std::shared_ptr<const DesktopRequests> requests, QObject* parent)
         : QObject(parent)
         , m_requests(std::move(requests))
     {
     }
+
+protected:
+    static std::vector<std::string> localPaths(const QStringList& uris)
+    {
+        std::vector<std::string> paths;
+        for (const QString& uri : uris)
+            if (auto path = desktopUriToPath(uri))
+                paths.push_back(std::move(*path));
+        return paths;
+    }
+
+    std::shared_ptr<const DesktopRequests> m_requests;
+};
+
+// The file-manager service's calls carry a startup token we have no use for: windows
+// come to the front the way every other window does.
+class FileManagerAdaptor : public RequestsAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    using RequestsAdaptor::RequestsAdaptor;
 
 public slots:
     void ShowFolders(const QStringList& uris, const QString& startupId) { forward(m_requests->showFolders, uris); }
@@ -51,41 +70,25 @@ public slots:
 private:
     static void forward(const std::function<void(std::vector<std::string>)>& to, const QStringList& uris)
     {
-        std::vector<std::string> paths;
-        for (const QString& uri : uris)
-            if (auto path = desktopUriToPath(uri))
-                paths.push_back(std::move(*path));
+        std::vector<std::string> paths = localPaths(uris);
         if (to && !paths.empty())
             to(std::move(paths));
     }
-
-    std::shared_ptr<const DesktopRequests> m_requests;
 };
 
-class ApplicationAdaptor : public QObject {
+class ApplicationAdaptor : public RequestsAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.larkspine.brondel.Application")
 public:
-    ApplicationAdaptor(std::shared_ptr<const DesktopRequests> requests, QObject* parent)
-        : QObject(parent)
-        , m_requests(std::move(requests))
-    {
-    }
+    using RequestsAdaptor::RequestsAdaptor;
 
 public slots:
     // Folders as file URIs (so any bytes of a name travel), and the --view number.
     void Open(const QStringList& uris, int view)
     {
-        std::vector<std::string> folders;
-        for (const QString& uri : uris)
-            if (auto path = desktopUriToPath(uri))
-                folders.push_back(std::move(*path));
         if (m_requests->open)
-            m_requests->open(std::move(folders), desktopViewFromNumber(view));
+            m_requests->open(localPaths(uris), desktopViewFromNumber(view));
     }
-
-private:
-    std::shared_ptr<const DesktopRequests> m_requests;
 };
 
 QString pathToUri(const std::string& path)
