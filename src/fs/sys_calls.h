@@ -29,6 +29,9 @@ struct SysCalls {
     int (*fstat)(int fd, struct stat* st);
     // Reads directory entries of an open folder (struct dirent64 records); 0 at the end.
     ssize_t (*getdents64)(int fd, void* buf, size_t count);
+    // Permission and ownership changes (the Properties window); both follow links.
+    int (*chmod)(const char* path, mode_t mode);
+    int (*chown)(const char* path, uid_t owner, gid_t group);
 };
 
 // The table in force (the real calls unless a test overrides them).

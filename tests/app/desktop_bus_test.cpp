@@ -24,13 +24,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPrivateBus = "DESKTOP_BUS_TEST_PRIVATE_BUS";
 
-std::string selfPath()
-{
-    char buf[4096];
-    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
-    return n > 0 ? std::string(buf, size_t(n)) : "";
-}
-
 QCoreApplication& application()
 {
     static int argc = 1;
@@ -114,7 +107,7 @@ TEST(DesktopBus, NoBrondelOnALiveBusAnswersAtOnce)
 {
     if (!std::getenv(kPrivateBus)) {
         std::string out, err;
-        const int status = testRun(std::string("dbus-run-session -- env ") + kPrivateBus + "=1 '" + selfPath()
+        const int status = testRun(std::string("dbus-run-session -- env ") + kPrivateBus + "=1 '" + testSelfPath()
                                        + "' --gtest_filter=DesktopBus.NoBrondelOnALiveBusAnswersAtOnce",
                                    &out, &err);
         EXPECT_EQ(status, 0) << out << err;
