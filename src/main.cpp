@@ -18,16 +18,22 @@ namespace {
 
 constexpr const char* kGuiLibrary = "libbrondel_gui.so";
 
-// The GUI library beside the executable, else wherever the loader finds it.
+#ifndef BRONDEL_BIN_TO_LIBS
+#define BRONDEL_BIN_TO_LIBS "../lib/brondel"
+#endif
+
+// The GUI library beside the executable (a build tree), in the private library folder
+// of an installed tree, else wherever the loader finds it.
 void* openGuiLibrary()
 {
     char exe[PATH_MAX];
     ssize_t n = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
     if (n > 0) {
-        std::string path(exe, size_t(n));
-        path = path.substr(0, path.rfind('/') + 1) + kGuiLibrary;
-        if (void* lib = ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL))
-            return lib;
+        std::string dir(exe, size_t(n));
+        dir = dir.substr(0, dir.rfind('/') + 1);
+        for (const std::string& path : {dir + kGuiLibrary, dir + BRONDEL_BIN_TO_LIBS + "/" + kGuiLibrary})
+            if (void* lib = ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL))
+                return lib;
     }
     return ::dlopen(kGuiLibrary, RTLD_NOW | RTLD_GLOBAL);
 }

@@ -23,9 +23,25 @@ Args launchStripFlags(const Args& args)
             ++i; // skip its value, whatever it is
             continue;
         }
+        if (args[i] == "--new-process" || args[i] == "--service")
+            continue;
         out.push_back(args[i]);
     }
     return out;
+}
+
+LaunchProcess launchProcessChoice(const Args& fullArgs)
+{
+    LaunchProcess choice = LaunchProcess::Shared;
+    for (size_t i = 1; i < fullArgs.size(); ++i) {
+        if (fullArgs[i] == "--view")
+            ++i;
+        else if (fullArgs[i] == "--service")
+            return LaunchProcess::Service;
+        else if (fullArgs[i] == "--new-process")
+            choice = LaunchProcess::Own;
+    }
+    return choice;
 }
 
 ViewMode launchViewMode(const Args& fullArgs)

@@ -12,8 +12,20 @@ using Args = std::vector<std::string>;
 // Drops every argument that begins with "-psn_" (added by some launchers).
 Args launchStripPlatformArgs(const Args& args);
 
-// Removes each "--view" together with the argument after it (a trailing "--view" alone).
+// Removes each "--view" together with the argument after it (a trailing "--view" alone),
+// and the process flags "--new-process" and "--service".
 Args launchStripFlags(const Args& args);
+
+// Which process a GUI launch runs in.
+enum class LaunchProcess {
+    Shared,  // hand the folders to a Brondel already running, else run alone
+    Own,     // "--new-process": always a process of its own
+    Service, // "--service": started by the session bus; no window until asked for one
+};
+
+// From the full argument list (program path included): "--service" wins over
+// "--new-process"; neither gives Shared. The value of a "--view" is never a flag.
+LaunchProcess launchProcessChoice(const Args& fullArgs);
 
 // The mode for windows opened at launch, from the full argument list (program path
 // included): the number after the first "--view"; 1 icon, 3 column, 4 peek, anything

@@ -8,14 +8,12 @@
 #include <QObject>
 #include <QPointer>
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -29,20 +27,9 @@ namespace {
 // One private connection for everything this process says or hears about cards.
 constexpr const char* kConnectionName = "brondel_cards_changed";
 
-// Bus threads that have not come back yet.
-std::atomic<int> g_pendingConnects{0};
-
-// Connects to `address` on a thread of its own and runs `then` there with the result
-// (not connected when the bus refused). The thread may never come back: Qt connects
-// inside its D-Bus thread with a synchronous handshake, and libdbus waits for a bus that
-// accepts and never answers without a time limit. Nobody waits for this thread.
 void busConnectThen(QString address, std::function<void(QDBusConnection)> then)
 {
-    g_pendingConnects.fetch_add(1);
-    std::thread([address = std::move(address), then = std::move(then)] {
-        then(QDBusConnection::connectToBus(address, QString::fromLatin1(kConnectionName)));
-        g_pendingConnects.fetch_sub(1);
-    }).detach();
+    sessionBusConnectThen(std::move(address), QString::fromLatin1(kConnectionName), std::move(then));
 }
 
 // QtDBus wants an application object; a command-line run gets one for the rest of the
@@ -187,7 +174,7 @@ bool cardsBusSend(const QDBusMessage& message)
 
 bool cardsChangedBusPending()
 {
-    return g_pendingConnects.load() > 0;
+    return sessionBusPending();
 }
 
 void cardsChangedExitIfStuck(int status)

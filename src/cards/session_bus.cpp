@@ -1,15 +1,18 @@
 #include "cards/session_bus.h"
 
 #include <QByteArray>
+#include <QDBusConnection>
 #include <QStringList>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 QString sessionBusAddress()
@@ -88,4 +91,25 @@ bool SessionBusProbe::answered(std::chrono::steady_clock::time_point deadline)
         m_fd = -1;
     }
     return m_answered;
+}
+
+namespace {
+
+// Bus threads that have not come back yet.
+std::atomic<int> g_pendingConnects{0};
+
+} // namespace
+
+void sessionBusConnectThen(QString address, QString name, std::function<void(QDBusConnection)> then)
+{
+    g_pendingConnects.fetch_add(1);
+    std::thread([address = std::move(address), name = std::move(name), then = std::move(then)] {
+        then(QDBusConnection::connectToBus(address, name));
+        g_pendingConnects.fetch_sub(1);
+    }).detach();
+}
+
+bool sessionBusPending()
+{
+    return g_pendingConnects.load() > 0;
 }

@@ -5,7 +5,10 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <string>
+
+class QDBusConnection;
 
 // DBUS_SESSION_BUS_ADDRESS; empty when unset or empty, which means no bus. libdbus would
 // otherwise look in $XDG_RUNTIME_DIR/bus and then autolaunch a daemon, which takes
@@ -35,3 +38,13 @@ private:
     int m_fd = -1;
     bool m_answered = false;
 };
+
+// Connects to `address` as the connection `name` on a thread of its own and runs `then`
+// there with the result (not connected when the bus refused). The thread may never come
+// back: Qt connects inside its D-Bus thread with a synchronous handshake, and libdbus
+// waits for a bus that accepts and never answers without a time limit. Nobody waits for
+// this thread; sessionBusPending() tells whether one is still out.
+void sessionBusConnectThen(QString address, QString name, std::function<void(QDBusConnection)> then);
+
+// Whether a connection made by sessionBusConnectThen is still waiting for an answer.
+bool sessionBusPending();

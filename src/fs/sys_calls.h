@@ -44,6 +44,9 @@ struct SysCalls {
     int (*fdatasync)(int fd);
     int (*rmdir)(const char* path);
     int (*fadvise)(int fd, off_t offset, off_t length, int advice); // 0 or an error number, like posix_fadvise
+    // Permission and ownership changes (the Properties window); both follow links.
+    int (*chmod)(const char* path, mode_t mode);
+    int (*chown)(const char* path, uid_t owner, gid_t group);
 };
 
 // The table in force (the real calls unless a test overrides them).

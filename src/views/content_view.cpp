@@ -42,18 +42,33 @@ std::vector<std::string> contentViewSelection(QWidget* view)
 
 bool contentViewSelect(QWidget* view, const std::string& path)
 {
+    return contentViewSelectAll(view, {path}) == 1;
+}
+
+int contentViewSelectAll(QWidget* view, const std::vector<std::string>& paths)
+{
     QAbstractItemView* items = selectionView(view);
     const NodeTreeModel* model = contentModel(items);
     if (!model)
-        return false;
-    QModelIndex index = model->indexOfPath(path);
-    if (!index.isValid())
-        return false;
-    items->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    items->scrollTo(index);
-    return true;
+        return 0;
+    QItemSelection selection;
+    QModelIndex first;
+    for (const std::string& path : paths) {
+        QModelIndex index = model->indexOfPath(path);
+        if (!index.isValid() || selection.contains(index))
+            continue;
+        if (!first.isValid())
+            first = index;
+        selection.select(index, index);
+    }
+    if (!first.isValid())
+        return 0;
+    auto* selectionModel = items->selectionModel();
+    selectionModel->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+    selectionModel->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    items->scrollTo(first);
+    return int(selection.size());
 }
-
 
 bool contentViewRename(QWidget* view, const std::string& path)
 {

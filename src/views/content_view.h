@@ -43,3 +43,7 @@ bool contentViewRename(QWidget* view, const std::string& path = {});
 // caller builds the view again).
 struct FolderDiff;
 bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderDiff& diff);
+
+// Selects the top-level rows of `paths` (and nothing else), the first found current and
+// scrolled to; paths without a row are passed over. How many were selected.
+int contentViewSelectAll(QWidget* view, const std::vector<std::string>& paths);

@@ -16,6 +16,7 @@ AppDelegate::AppDelegate(std::vector<std::string> paths, RootChoice choice, View
     const BrondelSettings& settings)
     : m_paths(std::move(paths))
     , m_useComputerRoot(choice == RootChoice::Computer)
+    , m_openAtLaunch(choice != RootChoice::Nothing)
     , m_mode(mode)
     , m_scans(4)
     , m_edits(1)
@@ -43,11 +44,11 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     iconsInstallTheme();
-    if (m_useComputerRoot) {
-        open("/", RootKind::Computer);
-    } else {
+    if (m_openAtLaunch && m_useComputerRoot) {
+        open("/", RootKind::Computer, m_mode);
+    } else if (m_openAtLaunch) {
         for (const auto& path : m_paths)
-            open(path, RootKind::Folder);
+            open(path, RootKind::Folder, m_mode);
     }
     // A card changed from the command line (or another instance) shows everywhere. The
     // windows come first: the subscription is made in the background and never waits.
@@ -59,18 +60,58 @@ void AppDelegate::applicationDidFinishLaunching()
 
 BrowserFrame* AppDelegate::newWindow()
 {
-    return open("/", RootKind::Computer);
+    return open("/", RootKind::Computer, m_mode);
 }
 
 BrowserFrame* AppDelegate::openFolder(const std::string& folder, const std::string& select)
 {
-    BrowserFrame* frame = open(folder, RootKind::Folder);
+    return openFolder(folder, select.empty() ? std::vector<std::string>() : std::vector<std::string>{select});
+}
+
+BrowserFrame* AppDelegate::openFolder(const std::string& folder, std::vector<std::string> select)
+{
+    BrowserFrame* frame = open(folder, RootKind::Folder, m_mode);
     if (!select.empty())
-        frame->activePane()->selectAfterLoad(select);
+        frame->activePane()->selectAfterLoad(std::move(select));
     return frame;
 }
 
-BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)
+DesktopRequests AppDelegate::desktopRequests()
+{
+    DesktopRequests requests;
+    requests.showFolders = [this](std::vector<std::string> folders) {
+        for (const auto& folder : folders)
+            openFolder(folder);
+    };
+    // One window per folder that holds any of the items, those items selected in it.
+    requests.showItems = [this](std::vector<std::string> items) {
+        for (auto& [folder, inFolder] : desktopItemsByFolder(items))
+            openFolder(folder, std::move(inFolder));
+    };
+    requests.showProperties = [](std::vector<std::string> items) {
+        if (windowHooks().showProperties)
+            windowHooks().showProperties(std::move(items));
+    };
+    requests.open = [this](std::vector<std::string> folders, ViewMode mode) {
+        if (folders.empty())
+            open("/", RootKind::Computer, mode);
+        for (const auto& folder : folders)
+            open(folder, RootKind::Folder, mode);
+    };
+    return requests;
+}
+
+void AppDelegate::serveDesktop(const QString& address, std::function<void(DesktopServed)> done)
+{
+    if (address.isEmpty()) {
+        if (done)
+            done(DesktopServed::NoBus);
+        return;
+    }
+    desktopServe(address, desktopRequests(), this, std::move(done));
+}
+
+BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind, ViewMode mode)
 {
     // The window opens at once on an empty node; the folder (or the drives) arrive from
     // a background read, so a slow disk never holds the window back.
@@ -94,7 +135,7 @@ BrowserFrame* AppDelegate::open(const std::string& path, RootKind kind)
         frame->raise();
         frame->activateWindow();
     }
-    frame->switchMode(m_mode);
+    frame->switchMode(mode);
     frame->activePane()->reload();
     return frame;
 }

@@ -2,6 +2,7 @@
 // The graphical run: opens the first windows (one per path, or one on the Computer
 // root), opens new windows on request and keeps them.
 
+#include "app/desktop_bus.h"
 #include "app/view_mode.h"
 #include "window/brondel_window.h"
 #include "services/browser_context.h"
@@ -17,7 +18,8 @@
 
 class BrowserFrame;
 
-enum class RootChoice { Paths, Computer };
+// Nothing: no launch window (a start by the session bus, which then asks for one).
+enum class RootChoice { Paths, Computer, Nothing };
 
 class AppDelegate : public QObject {
     Q_OBJECT
@@ -39,16 +41,24 @@ public:
     BrowserFrame* newWindow();
     // A new window on `folder`, with the row of `select` selected once it is read.
     BrowserFrame* openFolder(const std::string& folder, const std::string& select = {});
+    // A new window on `folder`, with the rows of `select` selected once it is read.
+    BrowserFrame* openFolder(const std::string& folder, std::vector<std::string> select);
+    // Answers for Brondel and for the desktop's file manager on the session bus at
+    // `address` (see app/desktop_bus.h); returns at once. `done` reports how that went.
+    void serveDesktop(const QString& address, std::function<void(DesktopServed)> done = {});
+    // What the bus's requests do (public for the tests that call them directly).
+    DesktopRequests desktopRequests();
     // The windows opened so far that are still open, in opening order.
     std::vector<BrowserFrame*> windows() const;
     const BrowserContext& context() const { return m_context; }
 
 private:
-    BrowserFrame* open(const std::string& path, RootKind kind);
+    BrowserFrame* open(const std::string& path, RootKind kind, ViewMode mode);
     void scheduleScreenshot(const QString& file);
 
     std::vector<std::string> m_paths;
     bool m_useComputerRoot;
+    bool m_openAtLaunch;
     ViewMode m_mode;
     ScanService m_scans;
     ScanService m_edits;

@@ -165,11 +165,11 @@ void BrondelWindow::scanThenShow(const std::string& path)
         m_watch->watch(m_rootNode->store ? m_rootPath : std::string());
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty()) {
-            const std::string path = std::exchange(m_selectAfterLoad, std::string());
+            const std::vector<std::string> paths = std::exchange(m_selectAfterLoad, {});
             if (std::exchange(m_renameAfterLoad, false))
-                contentViewRename(m_contentView, path);
+                contentViewRename(m_contentView, paths.front());
             else
-                contentViewSelect(m_contentView, path);
+                contentViewSelectAll(m_contentView, paths);
         }
     });
 }

@@ -73,11 +73,12 @@ public:
     // The paths selected in the content view.
     std::vector<std::string> selectedPaths() const;
     // Selects the row of `path` once the location being loaded is shown.
-    void selectAfterLoad(const std::string& path) { m_selectAfterLoad = path; }
+    void selectAfterLoad(const std::string& path) { m_selectAfterLoad = {path}; }
+    void selectAfterLoad(std::vector<std::string> paths) { m_selectAfterLoad = std::move(paths); }
     // The same, with the rename editor open on it (a new folder).
     void renameAfterLoad(const std::string& path)
     {
-        m_selectAfterLoad = path;
+        m_selectAfterLoad = {path};
         m_renameAfterLoad = true;
     }
 
@@ -127,7 +128,7 @@ private:
     std::optional<int64_t> m_scanPendingGen;
     std::vector<std::string> m_navHistory;
     std::vector<std::string> m_forwardHistory;
-    std::string m_selectAfterLoad;
+    std::vector<std::string> m_selectAfterLoad;
     bool m_renameAfterLoad = false;
     std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
     FolderWatch* m_watch = nullptr;

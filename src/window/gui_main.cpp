@@ -1,5 +1,6 @@
 #include "window/gui_main.h"
 
+#include "app/desktop_bus.h"
 #include "app/launch_args.h"
 #include "cards/cards_changed.h"
 #include "cards/session_bus.h"
@@ -9,6 +10,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -28,6 +30,9 @@ std::string workingDirectory()
 // How long the bus may take to answer, counted from before the application object is
 // made (which itself takes longer than a live bus needs).
 constexpr std::chrono::milliseconds kBusAnswer{100};
+
+// A start by the session bus that is never asked for a window ends after this long.
+constexpr int kServiceIdleMs = 30000;
 
 // Qt's own users of the session bus (the platform's accessibility bridge, made with the
 // first widget) connect on the UI thread, look the bus up when no address is set (and
@@ -61,16 +66,41 @@ int brondelGuiMain(int argc, char** argv)
     guiInstallMessageHandler(); // before Qt has anything to say
     const auto busDeadline = std::chrono::steady_clock::now() + kBusAnswer;
     SessionBusProbe bus(sessionBusAddress());
+    const LaunchProcess process = launchProcessChoice(full);
+    const ViewMode mode = launchViewMode(full);
     int status = 0;
     {
         QApplication app(argc, argv);
-        if (!bus.answered(busDeadline))
+        const bool busLive = bus.answered(busDeadline);
+        if (!busLive)
             hideSessionBusFromQt();
+        // A Brondel already running takes the folders, and this process is done.
+        if (busLive && process == LaunchProcess::Shared && desktopHandOver(sessionBusAddress(), paths, mode)) {
+            cardsChangedExitIfStuck(0);
+            return 0;
+        }
+        if (process == LaunchProcess::Service && !busLive)
+            return 0; // started for a bus that is gone: nobody to serve
         QApplication::setApplicationName(QStringLiteral("Brondel"));
         QApplication::setQuitOnLastWindowClosed(true);
-        AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
-                             Settings::current());
+        const RootChoice root = process == LaunchProcess::Service ? RootChoice::Nothing
+            : paths.empty()                                       ? RootChoice::Computer
+                                                                  : RootChoice::Paths;
+        AppDelegate delegate(paths, root, mode, Settings::current());
         delegate.applicationDidFinishLaunching();
+        // The windows are up first; the bus is answered in the background.
+        if (busLive) {
+            delegate.serveDesktop(sessionBusAddress(), [process](DesktopServed served) {
+                if (process == LaunchProcess::Service && served != DesktopServed::Ours)
+                    QApplication::quit(); // another Brondel answers already
+            });
+        }
+        if (process == LaunchProcess::Service) {
+            QTimer::singleShot(kServiceIdleMs, &delegate, [&delegate] {
+                if (delegate.windows().empty())
+                    QApplication::quit();
+            });
+        }
         status = app.exec();
     }
     // Windows and background work are closed by now. A bus that never answered still

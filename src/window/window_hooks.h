@@ -31,6 +31,8 @@ struct WindowHooks {
     std::function<void(BrondelWindow&, std::vector<std::string> paths, const std::string& folder)> drop;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
+    // Opens the Properties window of each path.
+    std::function<void(std::vector<std::string>)> showProperties;
 };
 
 // The process's hooks.

@@ -36,6 +36,37 @@ TEST(LaunchArgs, StrippingAndViewMode)
     }
 }
 
+TEST(LaunchArgs, ProcessFlags)
+{
+    struct Case {
+        Args full;
+        Args expected; // what the router and the paths see
+        LaunchProcess process;
+    } cases[] = {
+        {{"brondel"}, {}, LaunchProcess::Shared},
+        {{"brondel", "/a"}, {"/a"}, LaunchProcess::Shared},
+        {{"brondel", "--new-process", "/a"}, {"/a"}, LaunchProcess::Own},
+        {{"brondel", "/a", "--new-process"}, {"/a"}, LaunchProcess::Own},
+        {{"brondel", "--service"}, {}, LaunchProcess::Service},
+        {{"brondel", "--new-process", "--service"}, {}, LaunchProcess::Service},
+        // The value of --view is never read as a flag, whatever it is.
+        {{"brondel", "--view", "--new-process", "/a"}, {"/a"}, LaunchProcess::Shared},
+        {{"brondel", "--view", "--service"}, {}, LaunchProcess::Shared},
+        // Joined or differently spelled forms are paths.
+        {{"brondel", "--new-process=1"}, {"--new-process=1"}, LaunchProcess::Shared},
+        {{"brondel", "-new-process"}, {"-new-process"}, LaunchProcess::Shared},
+        // A command after the flag is still a command.
+        {{"brondel", "--new-process", "list", "/x"}, {"list", "/x"}, LaunchProcess::Own},
+    };
+    for (const auto& c : cases) {
+        std::vector<char*> argv;
+        for (const auto& a : c.full)
+            argv.push_back(const_cast<char*>(a.c_str()));
+        EXPECT_EQ(launchArguments(int(argv.size()), argv.data()), c.expected) << c.full.back();
+        EXPECT_EQ(launchProcessChoice(c.full), c.process) << c.full.back();
+    }
+}
+
 TEST(LaunchArgs, PathsBecomeFolders)
 {
     TempTree tree;

@@ -29,13 +29,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPrivateBus = "CARDS_CHANGED_TEST_PRIVATE_BUS";
 
-std::string selfPath()
-{
-    char buf[4096];
-    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
-    return n > 0 ? std::string(buf, size_t(n)) : "";
-}
-
 double secondsSince(Clock::time_point start)
 {
     return std::chrono::duration<double>(Clock::now() - start).count();
@@ -51,7 +44,7 @@ TEST(CardsChanged, ReachesAnObserverInAnotherProcess)
 {
     if (!std::getenv(kPrivateBus)) {
         std::string out, err;
-        int status = testRun(std::string("dbus-run-session -- env ") + kPrivateBus + "=1 '" + selfPath()
+        int status = testRun(std::string("dbus-run-session -- env ") + kPrivateBus + "=1 '" + testSelfPath()
                                  + "' --gtest_filter=CardsChanged.ReachesAnObserverInAnotherProcess",
                              &out, &err);
         EXPECT_EQ(status, 0) << out << err;

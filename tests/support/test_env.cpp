@@ -86,3 +86,10 @@ std::string testBrondel()
     const char* bin = std::getenv("BRONDEL_BIN");
     return bin ? bin : "brondel";
 }
+
+std::string testSelfPath()
+{
+    char buf[4096];
+    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
+    return n > 0 ? std::string(buf, size_t(n)) : "";
+}

@@ -13,5 +13,8 @@ const std::string& testHome();
 // Runs `command` through /bin/sh; returns its exit status and fills stdout/stderr.
 int testRun(const std::string& command, std::string* out = nullptr, std::string* err = nullptr);
 
+// The running test executable's own path (to start it again, e.g. on a private bus).
+std::string testSelfPath();
+
 // The brondel executable under test.
 std::string testBrondel();
