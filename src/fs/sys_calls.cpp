@@ -13,7 +13,7 @@ ssize_t realGetdents64(int fd, void* buf, size_t count) { return ::getdents64(fd
 
 const SysCalls kReal = {
     realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
-    ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64,
+    ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64, ::rmdir,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

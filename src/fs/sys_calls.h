@@ -29,6 +29,7 @@ struct SysCalls {
     int (*fstat)(int fd, struct stat* st);
     // Reads directory entries of an open folder (struct dirent64 records); 0 at the end.
     ssize_t (*getdents64)(int fd, void* buf, size_t count);
+    int (*rmdir)(const char* path);
 };
 
 // The table in force (the real calls unless a test overrides them).
