@@ -189,6 +189,7 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
         if (!joined.empty())
             ContextActions::copyPath(joined);
     });
+    file->addAction(frame->previewAction()); // the window's own action: Space stays one shortcut
     item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
     file->addSeparator();
     item(file, QObject::tr("Add to Favorites"), Shortcut::AddToFavorites, "star", frame,

@@ -35,6 +35,8 @@ enum class Shortcut {
     EnclosingFolder,
     Computer,
     Minimize,
+    Preview,
+    ClosePreview,
 };
 
 QKeySequence shortcutKeys(Shortcut shortcut);
