@@ -8,6 +8,8 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QCoreApplication>
+#include <QPointer>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -213,19 +215,27 @@ void UdisksClient::refresh()
     });
 }
 
-void UdisksClient::run(UdisksAction action, const UdisksVolume& volume, std::function<void(QString)> done)
+UdisksClient* UdisksClient::shared()
+{
+    static QPointer<UdisksClient> client;
+    if (!client)
+        client = new UdisksClient(udisksSystemBusAddress(), qApp);
+    return client;
+}
+
+void UdisksClient::run(UdisksAction action, const UdisksVolume& volume, Done done)
 {
     if (!m_bus) {
-        done(tr("The disk service is not available."));
+        done(tr("The disk service is not available."), QString());
         return;
     }
     // Eject and Power Off let go of a mounted file system first.
     if ((action == UdisksAction::Eject || action == UdisksAction::PowerOff) && volume.mounted()) {
         UdisksVolume unmounted = volume;
         unmounted.mountPoints.clear();
-        run(UdisksAction::Unmount, volume, [this, action, unmounted, done](QString error) {
+        run(UdisksAction::Unmount, volume, [this, action, unmounted, done](QString error, QString) {
             if (!error.isEmpty())
-                done(error);
+                done(error, QString());
             else
                 run(action, unmounted, done);
         });
@@ -244,8 +254,10 @@ void UdisksClient::run(UdisksAction action, const UdisksVolume& volume, std::fun
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, done](QDBusPendingCallWatcher* w) {
         w->deleteLater();
         const QDBusMessage reply = w->reply();
-        done(reply.type() == QDBusMessage::ErrorMessage ? udisksErrorText(reply.errorName(), reply.errorMessage())
-                                                        : QString());
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            done(udisksErrorText(reply.errorName(), reply.errorMessage()), QString());
+        else
+            done(QString(), reply.arguments().value(0).toString());
         refresh();
     });
 }

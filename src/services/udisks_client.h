@@ -74,8 +74,13 @@ public:
 
     // Reads the volumes again; changed() follows.
     void refresh();
-    // Runs `action` on `volume`; `done` gets an empty text on success, else what to show.
-    void run(UdisksAction action, const UdisksVolume& volume, std::function<void(QString)> done);
+    // Runs `action` on `volume`; `done` gets an empty text on success, else what to
+    // show, and for a mount the folder it is mounted at.
+    using Done = std::function<void(QString error, QString mountPoint)>;
+    void run(UdisksAction action, const UdisksVolume& volume, Done done);
+
+    // The process's client of the system bus, made on first use (main thread).
+    static UdisksClient* shared();
 
 signals:
     void changed();

@@ -15,6 +15,7 @@
 #include "services/shortcuts.h"
 #include "window/preview_window.h"
 #include "window/sidebar_view.h"
+#include "window/trash_window.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -23,6 +24,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QShortcut>
+#include <QMessageBox>
 #include <QSplitter>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
@@ -47,6 +49,14 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     row->setSpacing(0);
     m_sidebar = new SidebarView(context.scans, central);
     connect(m_sidebar, &SidebarView::locationChosen, this, &BrowserFrame::navigateTo);
+    connect(m_sidebar, &SidebarView::trashStateChanged, m_toolbar, &BrowserToolbar::setTrashFull);
+    connect(m_sidebar, &SidebarView::trashChosen, this, [] { TrashWindow::showShared(brondelRefreshAll); });
+    connect(m_sidebar, &SidebarView::diskFailed, this, [this](const QString& text) {
+        auto* box = new QMessageBox(QMessageBox::Warning, tr("Drive"), text, QMessageBox::Ok, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
+    });
+    m_sidebar->setDisks(UdisksClient::shared());
     row->addWidget(m_sidebar);
     // The search's results open below the panes, which keep most of the height.
     auto* stack = new QSplitter(Qt::Vertical, central);

@@ -173,21 +173,26 @@ private slots:
         QCOMPARE(client.volumes().size(), size_t(2));
 
         QString error = QStringLiteral("pending");
-        client.run(UdisksAction::Mount, *byDevice(client.volumes(), "/dev/sdb1"), [&](QString e) { error = e; });
+        QString mountedAt;
+        client.run(UdisksAction::Mount, *byDevice(client.volumes(), "/dev/sdb1"), [&](QString e, QString at) {
+            error = e;
+            mountedAt = at;
+        });
         QTRY_VERIFY(error != QLatin1String("pending"));
         QCOMPARE(error, QString());
+        QCOMPARE(mountedAt, QStringLiteral("/media/u/mounted"));
         QTRY_VERIFY(byDevice(client.volumes(), "/dev/sdb1") && byDevice(client.volumes(), "/dev/sdb1")->mounted());
 
         m_fake.busyMessage = QStringLiteral("target is busy: in use by: gimp (pid 77)");
         error = QStringLiteral("pending");
-        client.run(UdisksAction::Unmount, *byDevice(client.volumes(), "/dev/sdb1"), [&](QString e) { error = e; });
+        client.run(UdisksAction::Unmount, *byDevice(client.volumes(), "/dev/sdb1"), [&](QString e, QString) { error = e; });
         QTRY_COMPARE(error, QStringLiteral("The drive is in use by gimp (process 77)."));
 
         // Eject of a mounted volume unmounts it first, on the block, then ejects the drive.
         m_fake.busyMessage.clear();
         m_fake.calls.clear();
         error = QStringLiteral("pending");
-        client.run(UdisksAction::Eject, *byDevice(client.volumes(), "/dev/sdb2"), [&](QString e) { error = e; });
+        client.run(UdisksAction::Eject, *byDevice(client.volumes(), "/dev/sdb2"), [&](QString e, QString) { error = e; });
         QTRY_COMPARE(error, QString());
         QCOMPARE(m_fake.calls.filter(QRegularExpression("Unmount|Eject")), (QStringList{"sdb2 Unmount", "stick Eject"}));
     }
