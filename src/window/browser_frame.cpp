@@ -13,6 +13,7 @@
 #include "window/path_entry.h"
 #include "window/search_panel.h"
 #include "services/shortcuts.h"
+#include "services/theme_icons.h"
 #include "window/preview_window.h"
 #include "window/sidebar_view.h"
 #include "window/trash_window.h"
@@ -77,7 +78,7 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     addAction(m_findAction);
     connect(m_findAction, &QAction::triggered, this, &BrowserFrame::openSearch);
     // Space in a text field types a space: line edits take their printable keys first.
-    m_previewAction = new QAction(tr("Preview"), this);
+    m_previewAction = new QAction(iconSymbol("eye"), tr("Preview"), this);
     m_previewAction->setShortcut(shortcutKeys(Shortcut::Preview));
     m_previewAction->setShortcutContext(Qt::WindowShortcut);
     addAction(m_previewAction);
