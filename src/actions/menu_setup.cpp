@@ -190,6 +190,7 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
         if (!joined.empty())
             ContextActions::copyPath(joined);
     });
+    file->addAction(frame->previewAction()); // the window's own action: Space stays one shortcut
     QAction* trash = item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
     trash->setShortcuts({shortcutKeys(Shortcut::Trash), shortcutKeys(Shortcut::TrashKey)});
     file->addSeparator();

@@ -38,6 +38,8 @@ QKeySequence shortcutKeys(Shortcut shortcut)
     case Shortcut::EnclosingFolder: return QKeySequence(Qt::CTRL | Qt::Key_Up);
     case Shortcut::Computer: return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
     case Shortcut::Minimize: return QKeySequence(Qt::CTRL | Qt::Key_M);
+    case Shortcut::Preview: return QKeySequence(Qt::Key_Space);
+    case Shortcut::ClosePreview: return QKeySequence(Qt::Key_Escape);
     }
     return {};
 }

@@ -42,6 +42,8 @@ enum class Shortcut {
     EnclosingFolder,
     Computer,
     Minimize,
+    Preview,
+    ClosePreview,
 };
 
 QKeySequence shortcutKeys(Shortcut shortcut);

@@ -14,7 +14,10 @@
 #include "window/path_entry.h"
 #include "window/search_panel.h"
 #include "services/shortcuts.h"
+#include "services/theme_icons.h"
+#include "window/preview_window.h"
 #include "window/sidebar_view.h"
+#include "window/trash_window.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -23,6 +26,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QShortcut>
+#include <QMessageBox>
 #include <QSplitter>
 
 BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserContext& context, QWidget* parent)
@@ -47,6 +51,14 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     row->setSpacing(0);
     m_sidebar = new SidebarView(context.scans, central);
     connect(m_sidebar, &SidebarView::locationChosen, this, &BrowserFrame::navigateTo);
+    connect(m_sidebar, &SidebarView::trashStateChanged, m_toolbar, &BrowserToolbar::setTrashFull);
+    connect(m_sidebar, &SidebarView::trashChosen, this, [] { TrashWindow::showShared(brondelRefreshAll); });
+    connect(m_sidebar, &SidebarView::diskFailed, this, [this](const QString& text) {
+        auto* box = new QMessageBox(QMessageBox::Warning, tr("Drive"), text, QMessageBox::Ok, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
+    });
+    m_sidebar->setDisks(UdisksClient::shared());
     row->addWidget(m_sidebar);
     // The search's results open below the panes, which keep most of the height.
     auto* stack = new QSplitter(Qt::Vertical, central);
@@ -66,6 +78,19 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     m_findAction->setShortcutContext(Qt::WindowShortcut);
     addAction(m_findAction);
     connect(m_findAction, &QAction::triggered, this, &BrowserFrame::openSearch);
+    // Space in a text field types a space: line edits take their printable keys first.
+    m_previewAction = new QAction(iconSymbol("eye"), tr("Preview"), this);
+    m_previewAction->setShortcut(shortcutKeys(Shortcut::Preview));
+    m_previewAction->setShortcutContext(Qt::WindowShortcut);
+    addAction(m_previewAction);
+    connect(m_previewAction, &QAction::triggered, this, &BrowserFrame::togglePreview);
+    // Escape closes the preview, and is left alone while there is none.
+    m_previewClose = new QAction(tr("Close Preview"), this);
+    m_previewClose->setShortcut(shortcutKeys(Shortcut::ClosePreview));
+    m_previewClose->setShortcutContext(Qt::WindowShortcut);
+    m_previewClose->setEnabled(false);
+    addAction(m_previewClose);
+    connect(m_previewClose, &QAction::triggered, this, &BrowserFrame::togglePreview);
 
     m_status = new FolderStatusBar(context, this);
     setStatusBar(m_status);
@@ -349,6 +374,7 @@ void BrowserFrame::setActivePane(BrondelWindow* pane)
         return;
     m_active = pane;
     m_status->setPane(pane);
+    previewWatch();
     m_search->setRoot(pane->currentLocation());
     setWindowTitle(pane->title());
     for (PaneView* view : m_area->paneViews())
@@ -490,4 +516,55 @@ void brondelRefreshAll()
 {
     for (BrowserFrame* frame : browserFrames())
         frame->refresh();
+}
+
+// ---- preview
+
+void BrowserFrame::togglePreview()
+{
+    if (m_preview && m_preview->isVisible()) {
+        m_preview->hide();
+        m_previewClose->setEnabled(false);
+        return;
+    }
+    if (!m_active || m_active->selectedPaths().empty())
+        return;
+    if (!m_preview) {
+        m_preview = new PreviewWindow(this);
+        connect(m_preview, &PreviewWindow::closeRequested, this, &BrowserFrame::togglePreview);
+        connect(m_preview, &PreviewWindow::closed, this, [this] {
+            m_previewClose->setEnabled(false);
+            previewWatch();
+        });
+    }
+    m_previewClose->setEnabled(true);
+    previewWatch();
+    previewSync();
+}
+
+void BrowserFrame::previewWatch()
+{
+    for (const auto& link : m_previewLinks)
+        disconnect(link);
+    m_previewLinks.clear();
+    if (!m_preview || !m_previewClose->isEnabled())
+        return;
+    // The view is rebuilt on every load and mode change: follow the new one.
+    m_previewLinks << connect(m_active, &BrondelWindow::modeChanged, this, [this] { previewWatch(); });
+    auto* view = qobject_cast<QAbstractItemView*>(m_active->contentView());
+    if (view && view->selectionModel()) {
+        m_previewLinks << connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &BrowserFrame::previewSync);
+        m_previewLinks << connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &BrowserFrame::previewSync);
+    }
+}
+
+void BrowserFrame::previewSync()
+{
+    if (!m_preview || !m_previewClose->isEnabled() || !m_active)
+        return;
+    const std::vector<std::string> selected = m_active->selectedPaths();
+    if (!selected.empty())
+        m_preview->showFor(selected.front());
 }

@@ -20,6 +20,7 @@ class FolderStatusBar;
 class PathEntry;
 class SearchPanel;
 class PaneView;
+class PreviewWindow;
 class SidebarView;
 
 class BrowserFrame : public QMainWindow {
@@ -51,6 +52,11 @@ public:
     // The window's Find item: the menus add this very action, so its key stays one
     // shortcut whether or not the window has menus.
     QAction* findAction() const { return m_findAction; }
+    // Opens the preview of the active pane's selection beside the window, or closes it
+    // (Space, previewAction()). While open it follows the selection.
+    void togglePreview();
+    PreviewWindow* preview() const { return m_preview; }
+    QAction* previewAction() const { return m_previewAction; }
     // Shows `folder` in the active pane with `select` (if any) selected.
     void reveal(const std::string& folder, const std::string& select);
 
@@ -119,6 +125,13 @@ private:
     SearchPanel* m_search = nullptr;
     QAction* m_findAction = nullptr;
     QMetaObject::Connection m_focusLink;
+    // The preview and the view whose selection it follows.
+    void previewWatch();
+    void previewSync();
+    PreviewWindow* m_preview = nullptr;
+    QAction* m_previewAction = nullptr;
+    QAction* m_previewClose = nullptr;
+    QList<QMetaObject::Connection> m_previewLinks;
 };
 
 // The open browser windows.

@@ -105,3 +105,11 @@ void BrowserToolbar::setItemMenu(const char* identifier, QMenu* menu)
     if (auto* button = qobject_cast<QToolButton*>(widgetForAction(action)))
         button->setPopupMode(QToolButton::InstantPopup);
 }
+
+void BrowserToolbar::setTrashFull(bool full)
+{
+    m_trashFull = full;
+    if (QAction* trash = item("trash"))
+        trash->setIcon(QIcon::fromTheme(full ? QStringLiteral("user-trash-full") : QStringLiteral("user-trash"),
+            iconSymbol("trash")));
+}

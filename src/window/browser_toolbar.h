@@ -21,6 +21,9 @@ public:
     ViewMode selectedMode() const;
     // Gives an item a menu that opens at once when the item is clicked.
     void setItemMenu(const char* identifier, QMenu* menu);
+    // The Trash item shows whether the Trash holds anything.
+    void setTrashFull(bool full);
+    bool trashFull() const { return m_trashFull; }
 
 signals:
     void backTriggered();
@@ -30,6 +33,7 @@ signals:
     void trashTriggered();
 
 private:
+    bool m_trashFull = false;
     QAction* addItem(const char* identifier, const QString& label, const QString& tip, const QString& description,
         const char* symbol);
     // Names the button of `action` for screen readers.

@@ -1,6 +1,8 @@
 #include "window/sidebar_view.h"
 
+#include "fs/mount_watchdog.h"
 #include "fs/paths.h"
+#include "fs/trash_list.h"
 #include "fs/volume.h"
 #include "services/core_bridge.h"
 #include "services/scan_service.h"
@@ -17,7 +19,10 @@
 namespace {
 
 constexpr int kPathRole = Qt::UserRole + 1;
-constexpr int kDriveNameRole = Qt::UserRole + 2; // drive rows only: the name without badge
+constexpr int kDriveNameRole = Qt::UserRole + 2; // rows that may be badged: the name without badge
+constexpr int kSymbolRole = Qt::UserRole + 3;    // the symbol such a row shows while it answers
+constexpr int kTrashRole = Qt::UserRole + 4;     // the Trash row
+constexpr int kDiskRole = Qt::UserRole + 5;      // a drive not mounted: its device
 constexpr int kBadgeCheckMs = 2000;
 
 QString decode(const std::string& text)
@@ -45,6 +50,14 @@ SidebarView::SidebarView(ScanService* scans, QWidget* parent)
     setDropIndicatorShown(true);
     setDragDropMode(QAbstractItemView::InternalMove);
     const auto choose = [this](QTreeWidgetItem* item) {
+        if (item && item->data(0, kTrashRole).toBool()) {
+            emit trashChosen();
+            return;
+        }
+        if (const UdisksVolume* volume = item ? volumeOf(item) : nullptr; volume && !volume->mounted()) {
+            runDisk(UdisksAction::Mount, *volume);
+            return;
+        }
         std::string path = pathOf(item);
         if (!path.empty())
             emit locationChosen(path);
@@ -71,13 +84,14 @@ void SidebarView::updateBadges(const std::vector<std::string>& stuck)
         if (!item->data(0, kDriveNameRole).isValid())
             continue;
         const std::string path = pathOf(item);
-        const bool notResponding =
-            std::find(stuck.begin(), stuck.end(), path) != stuck.end() || bridgeDriveStuck(path);
+        const bool notResponding = std::find(stuck.begin(), stuck.end(), path) != stuck.end()
+            || bridgeDriveStuck(path) || (kindOf(item) == SidebarRowKind::Entry && mountWatchdogIsStuckPath(path));
         if (notResponding == badged(item))
             continue;
         const QString name = item->data(0, kDriveNameRole).toString();
         item->setText(0, notResponding ? name + QStringLiteral(" (%1)").arg(QLatin1String(kNotRespondingText)) : name);
-        item->setIcon(0, iconSymbol(notResponding ? "exclamationmark.triangle" : "externaldrive"));
+        const QByteArray symbol = item->data(0, kSymbolRole).toByteArray();
+        item->setIcon(0, iconSymbol(notResponding ? "exclamationmark.triangle" : symbol.constData()));
         item->setToolTip(0, notResponding ? tr("%1 does not respond").arg(decode(path)) : decode(path));
     }
 }
@@ -101,10 +115,15 @@ SidebarRowKind SidebarView::kindOf(const QTreeWidgetItem* item)
 std::unique_ptr<QMenu> SidebarView::menuAt(QPoint pos)
 {
     QTreeWidgetItem* item = itemAt(pos);
-    if (!item || !m_menuFill)
+    if (!item)
         return nullptr;
     auto menu = std::make_unique<QMenu>(this);
-    m_menuFill(*menu, pathOf(item), kindOf(item));
+    if (const UdisksVolume* volume = volumeOf(item))
+        addDiskActions(*menu, *volume);
+    if (item->data(0, kTrashRole).toBool())
+        menu->addAction(tr("Open Trash"), this, &SidebarView::trashChosen);
+    else if (m_menuFill && !item->data(0, kDiskRole).isValid())
+        m_menuFill(*menu, pathOf(item), kindOf(item));
     if (menu->isEmpty())
         return nullptr;
     return menu;
@@ -182,6 +201,7 @@ QTreeWidgetItem* SidebarView::row(QTreeWidgetItem* parent, const QString& name, 
 {
     auto* item = new QTreeWidgetItem(parent, {name});
     item->setData(0, kPathRole, QByteArray::fromStdString(path));
+    item->setData(0, kSymbolRole, QByteArray(symbol));
     item->setIcon(0, iconSymbol(symbol));
     item->setToolTip(0, decode(path));
     return item;
@@ -203,6 +223,17 @@ void SidebarView::reload()
             fill(m_top, m_drives);
         };
     });
+    // Whether the Trash holds anything: its folders on every mounted volume are looked
+    // at, so this is a read of its own too.
+    m_scans->submit(this, [this, gen]() -> std::function<void()> {
+        const bool full = trashHasItems(trashVolumeTopdirs());
+        return [this, gen, full] {
+            if (gen != m_generation)
+                return;
+            setTrashFull(full);
+            emit trashStateChanged(full);
+        };
+    });
     m_scans->submit(this, [this, gen]() -> std::function<void()> {
         std::vector<BridgeDrive> drives = bridgeDrives();
         return [this, gen, drives] {
@@ -219,7 +250,8 @@ void SidebarView::fill(const SidebarSection& top, const std::vector<BridgeDrive>
     clear();
     QTreeWidgetItem* places = section(decode(top.title));
     for (const auto& item : top.items)
-        row(places, decode(item.name), item.path, item.path == homeDir() ? "house" : "folder");
+        row(places, decode(item.name), item.path, item.path == homeDir() ? "house" : "folder")
+            ->setData(0, kDriveNameRole, decode(item.name)); // a favourite on a stuck mount is badged too
     QTreeWidgetItem* computer = section(tr("Computer"));
     row(computer, tr("Computer"), "/", "desktopcomputer");
     std::vector<std::string> stuck;
@@ -228,6 +260,18 @@ void SidebarView::fill(const SidebarSection& top, const std::vector<BridgeDrive>
         if (!drive.responding)
             stuck.push_back(drive.path);
     }
+    if (m_disks)
+        for (const UdisksVolume& volume : m_disks->volumes()) {
+            if (volume.mounted())
+                continue;
+            QTreeWidgetItem* disk = row(computer, volume.name, "", "externaldrive");
+            disk->setData(0, kDiskRole, volume.device);
+            disk->setForeground(0, palette().color(QPalette::Disabled, QPalette::WindowText));
+            disk->setToolTip(0, tr("%1 is not mounted: click to mount it").arg(volume.device));
+        }
+    QTreeWidgetItem* trash = row(computer, tr("Trash"), "", "trash");
+    trash->setData(0, kTrashRole, true);
+    setTrashFull(m_trashFull);
     updateBadges(stuck);
     expandAll();
     select(m_selected);
@@ -244,4 +288,84 @@ void SidebarView::select(const std::string& location)
             return;
         }
     }
+}
+
+// ---- the Trash and the drives of the disk service
+
+QTreeWidgetItem* SidebarView::trashRow() const
+{
+    for (QTreeWidgetItemIterator it(const_cast<SidebarView*>(this)); *it; ++it)
+        if ((*it)->data(0, kTrashRole).toBool())
+            return *it;
+    return nullptr;
+}
+
+void SidebarView::setTrashFull(bool full)
+{
+    m_trashFull = full;
+    if (QTreeWidgetItem* trash = trashRow()) {
+        trash->setIcon(0, QIcon::fromTheme(full ? QStringLiteral("user-trash-full") : QStringLiteral("user-trash"),
+                              iconSymbol("trash")));
+        trash->setToolTip(0, full ? tr("The Trash holds items") : tr("The Trash is empty"));
+    }
+}
+
+QTreeWidgetItem* SidebarView::diskRow(const QString& device) const
+{
+    for (QTreeWidgetItemIterator it(const_cast<SidebarView*>(this)); *it; ++it)
+        if ((*it)->data(0, kDiskRole).toString() == device)
+            return *it;
+    return nullptr;
+}
+
+void SidebarView::setDisks(UdisksClient* disks)
+{
+    m_disks = disks;
+    if (disks)
+        connect(disks, &UdisksClient::changed, this, [this] { fill(m_top, m_drives); });
+    fill(m_top, m_drives);
+}
+
+const UdisksVolume* SidebarView::volumeOf(const QTreeWidgetItem* item) const
+{
+    if (!m_disks || !item)
+        return nullptr;
+    const QString device = item->data(0, kDiskRole).toString();
+    const QString path = decode(pathOf(item));
+    for (const UdisksVolume& volume : m_disks->volumes())
+        if ((!device.isEmpty() && volume.device == device) || (!path.isEmpty() && volume.mountPoints.contains(path)))
+            return &volume;
+    return nullptr;
+}
+
+void SidebarView::addDiskActions(QMenu& menu, const UdisksVolume& volume)
+{
+    const UdisksVolume copy = volume; // the list may be read again before a click
+    if (volume.mounted())
+        menu.addAction(tr("Unmount"), this, [this, copy] { runDisk(UdisksAction::Unmount, copy); });
+    else
+        menu.addAction(tr("Mount"), this, [this, copy] { runDisk(UdisksAction::Mount, copy); });
+    if (volume.ejectable)
+        menu.addAction(tr("Eject"), this, [this, copy] { runDisk(UdisksAction::Eject, copy); });
+    if (volume.canPowerOff)
+        menu.addAction(tr("Power Off"), this, [this, copy] { runDisk(UdisksAction::PowerOff, copy); });
+    menu.addSeparator();
+}
+
+void SidebarView::runDisk(UdisksAction action, const UdisksVolume& volume)
+{
+    if (!m_disks)
+        return;
+    QPointer<SidebarView> self(this);
+    m_disks->run(action, volume, [self, action](QString error, QString mountPoint) {
+        if (!self)
+            return;
+        if (!error.isEmpty()) {
+            emit self->diskFailed(error);
+            return;
+        }
+        self->reload(); // the mount table has changed
+        if (action == UdisksAction::Mount && !mountPoint.isEmpty())
+            emit self->locationChosen(QFile::encodeName(mountPoint).toStdString());
+    });
 }

@@ -6,7 +6,9 @@
 // dragging them, which the window writes to the sidebar file.
 
 #include "services/core_bridge.h"
+#include "services/udisks_client.h"
 
+#include <QPointer>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -18,7 +20,7 @@ class QMenu;
 class ScanService;
 
 // A row of the top section (from the sidebar file), the top section's title, or any
-// other row (the computer, a drive, their title).
+// other row (the computer, a drive, the Trash, their title).
 enum class SidebarRowKind { Title, Entry, Other };
 
 class SidebarView : public QTreeWidget {
@@ -32,8 +34,15 @@ public:
     void select(const std::string& location);
     // The path of a row ("" for a section title).
     static std::string pathOf(const QTreeWidgetItem* item);
-    // Whether a drive row carries the "not responding" badge.
+    // Whether a row carries the "not responding" badge.
     static bool badged(const QTreeWidgetItem* item);
+    // The Trash row, and whether it shows the Trash as holding something.
+    QTreeWidgetItem* trashRow() const;
+    bool trashFull() const { return m_trashFull; }
+    // The rows of removable drives that are not mounted (the disk service's), by device.
+    QTreeWidgetItem* diskRow(const QString& device) const;
+    // Offers the drives the disk service knows (none when it is absent).
+    void setDisks(UdisksClient* disks);
     static SidebarRowKind kindOf(const QTreeWidgetItem* item);
 
     using MenuFill = std::function<void(QMenu&, const std::string& path, SidebarRowKind kind)>;
@@ -46,6 +55,11 @@ public:
 
 signals:
     void locationChosen(const std::string& path);
+    void trashChosen();
+    // Whether the Trash holds anything, after each reload.
+    void trashStateChanged(bool full);
+    // A drive action failed; what to tell the user.
+    void diskFailed(const QString& text);
     // The top section's row of `path` was dragged to the place of the row of `target`.
     void rowMoved(const std::string& path, const std::string& target);
 
@@ -61,6 +75,12 @@ private:
     void updateBadges(const std::vector<std::string>& stuck);
     QTreeWidgetItem* section(const QString& title);
     QTreeWidgetItem* row(QTreeWidgetItem* section, const QString& name, const std::string& path, const char* symbol);
+    void setTrashFull(bool full);
+    // The disk service's volume of a row: an unmounted drive's row, or a drive row
+    // mounted where one of its file systems is.
+    const UdisksVolume* volumeOf(const QTreeWidgetItem* item) const;
+    void addDiskActions(QMenu& menu, const UdisksVolume& volume);
+    void runDisk(UdisksAction action, const UdisksVolume& volume);
 
     // The top section's row under `pos` while dragging, or null.
     QTreeWidgetItem* entryAt(QPoint pos) const;
@@ -73,4 +93,6 @@ private:
     SidebarSection m_top{"Favorites", {}};
     std::vector<BridgeDrive> m_drives;
     QTimer m_badgeCheck;
+    bool m_trashFull = false;
+    QPointer<UdisksClient> m_disks;
 };

@@ -3,6 +3,9 @@
 
 #include "gui_test_main.h"
 #include "window/sidebar_view.h"
+#include "../services/fake_udisks.h"
+
+#include <QMenu>
 
 #include <QDir>
 
@@ -44,6 +47,51 @@ private slots:
         QVERIFY(computer->isSelected());
         sidebar.select("/nowhere");
         QVERIFY(sidebar.selectedItems().isEmpty());
+    }
+
+    void drivesNotMountedAreOfferedAndMountOnClick()
+    {
+        FakeUdisksBus bus;
+        if (bus.address().isEmpty())
+            QSKIP("no dbus-daemon");
+        UdisksClient disks(bus.address());
+        QTRY_VERIFY(disks.settled());
+        ScanService scans;
+        SidebarView sidebar(&scans);
+        sidebar.setDisks(&disks);
+        // Only the unmounted file system of the removable drive gets a row of its own.
+        QTRY_VERIFY(sidebar.diskRow(QStringLiteral("/dev/sdb1")));
+        QVERIFY(!sidebar.diskRow(QStringLiteral("/dev/sdb2"))); // mounted: a drive row when visible
+        QVERIFY(!sidebar.diskRow(QStringLiteral("/dev/sda1"))); // the internal disk
+        QTreeWidgetItem* stick = sidebar.diskRow(QStringLiteral("/dev/sdb1"));
+        QCOMPARE(stick->text(0), QStringLiteral("PHOTOS"));
+
+        std::unique_ptr<QMenu> menu = sidebar.menuAt(sidebar.visualItemRect(stick).center());
+        QVERIFY(menu);
+        QStringList items;
+        for (QAction* action : menu->actions())
+            if (!action->isSeparator())
+                items << action->text();
+        QCOMPARE(items, (QStringList{"Mount", "Eject", "Power Off"}));
+
+        // A refusal reaches the window as text.
+        bus.service.busyMessage = QStringLiteral("target is busy: in use by: rsync (pid 9)");
+        QSignalSpy failed(&sidebar, &SidebarView::diskFailed);
+        QSignalSpy reread(&disks, &UdisksClient::changed);
+        menu->actions().at(1)->trigger(); // Eject
+        QTRY_COMPARE(failed.count(), 1);
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("The drive is in use by rsync (process 9)."));
+        bus.service.busyMessage.clear();
+        QTRY_VERIFY(reread.count() >= 1); // the rows are made again after every action
+        stick = sidebar.diskRow(QStringLiteral("/dev/sdb1"));
+        QVERIFY(stick);
+
+        // A click mounts it, and the window is sent to where it was mounted.
+        QSignalSpy chosen(&sidebar, &SidebarView::locationChosen);
+        emit sidebar.itemClicked(stick, 0);
+        QTRY_COMPARE(chosen.count(), 1);
+        QCOMPARE(chosen.at(0).at(0).value<std::string>(), std::string("/media/u/mounted"));
+        QTRY_VERIFY(!sidebar.diskRow(QStringLiteral("/dev/sdb1")));
     }
 };
 
