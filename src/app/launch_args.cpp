@@ -23,6 +23,8 @@ Args launchStripFlags(const Args& args)
             ++i; // skip its value, whatever it is
             continue;
         }
+        if (args[i] == "--slow" || args[i] == "--no-anim")
+            continue;
         out.push_back(args[i]);
     }
     return out;
@@ -46,6 +48,16 @@ ViewMode launchViewMode(const Args& fullArgs)
         }
     }
     return ViewMode::List;
+}
+
+PeekAnimationFlags launchPeekAnimation(const Args& fullArgs)
+{
+    PeekAnimationFlags flags;
+    for (const auto& a : fullArgs) {
+        flags.slow = flags.slow || a == "--slow";
+        flags.noAnim = flags.noAnim || a == "--no-anim";
+    }
+    return flags;
 }
 
 namespace {

@@ -70,6 +70,8 @@ int brondelGuiMain(int argc, char** argv)
         QApplication::setQuitOnLastWindowClosed(true);
         AppDelegate delegate(paths, paths.empty() ? RootChoice::Computer : RootChoice::Paths, launchViewMode(full),
                              Settings::current());
+        const PeekAnimationFlags peek = launchPeekAnimation(full);
+        delegate.setPeekAnimation(peek.slow, peek.noAnim);
         delegate.applicationDidFinishLaunching();
         status = app.exec();
     }

@@ -27,6 +27,8 @@ struct WindowHooks {
     std::function<void(QWidget*, const std::string&)> openFile;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
+    // The order of the Peek styles was saved: rebuild the Peek Style menus.
+    std::function<void()> peekOrderChanged;
 };
 
 // The process's hooks.
