@@ -45,14 +45,15 @@ public:
 protected:
     void showLevel(int index) override
     {
-        QWidget* page = scrollArea(Qt::Vertical, makeGrid(index, PeekPlateGrid::Flow::Wrap, PeekPlate::Size::Normal, nullptr));
+        PeekPlateGrid* plates = makeGrid(index, PeekPlateGrid::Flow::Wrap, PeekPlate::Size::Normal, nullptr);
+        QWidget* page = scrollArea(Qt::Vertical, plates);
         m_pages->addWidget(page);
         const int tab = m_tabs->addTab(level(index).title);
         m_tabs->setTabToolTip(tab, QString::fromStdString(level(index).path));
         if (index == 0) // the folder the pane shows stays open
             m_tabs->setTabButton(0, QTabBar::RightSide, nullptr);
         m_tabs->setCurrentIndex(tab);
-        fadeIn(page, duration(200));
+        fadeIn(plates, duration(200));
     }
 
     void dropLevels(int from) override

@@ -40,28 +40,38 @@ protected:
             swapInto(m_area, plates);
             return;
         }
-        // The neighbours fly away from the plate that opened...
-        auto* away = new QParallelAnimationGroup;
-        const QPoint centre = opened->geometry().center();
+        // The folder's contents pour out of the plate that opened it and fill the view,
+        // while its neighbours, lifted above, fly out of the way.
+        const QPoint origin = from->mapTo(this, QPoint(0, 0));
+        const QRect seed = opened->geometry();
+        swapInto(m_area, plates);
+        from->setParent(this);
+        from->move(origin);
+        from->show();
+        from->raise();
+        from->setAutoFillBackground(false); // see-through: the new level shows beneath
+        opened->hide(); // it has become the view
+        auto* motion = new QParallelAnimationGroup;
+        const QPoint centre = seed.center();
         for (int i = 0; i < from->count(); ++i) {
             PeekPlate* plate = from->plate(i);
             if (plate == opened)
                 continue;
             const QPoint offset = plate->geometry().center() - centre;
             const QPoint far = plate->pos() + offset * 3 + QPoint(offset.x() >= 0 ? 400 : -400, 0);
-            away->addAnimation(tween(plate, "pos", plate->pos(), far, duration(140), QEasingCurve::InQuad));
+            motion->addAnimation(tween(plate, "pos", plate->pos(), far, duration(200), QEasingCurve::InQuad));
         }
-        const QRect seed = opened->geometry();
-        QPointer<PeekPlateGrid> next(plates);
-        run(away, [this, next, seed] {
-            if (!next)
+        const int width = m_area->viewport()->width();
+        const QRect full(0, 0, width, std::max(plates->heightForWidth(width), m_area->viewport()->height()));
+        plates->setGeometry(seed);
+        motion->addAnimation(tween(plates, "geometry", seed, full, duration(260)));
+        QPointer<PeekPlateGrid> lifted(from);
+        run(motion, [this, lifted, opened] {
+            if (!lifted)
                 return;
-            // ...then its contents pour out of it and fill the view.
-            swapInto(m_area, next);
-            const QRect full(QPoint(0, 0), m_area->viewport()->size());
-            next->setGeometry(seed);
-            run(tween(next, "geometry", seed, QRect(full.topLeft(), QSize(full.width(), next->heightForWidth(full.width()))),
-                duration(220)));
+            opened->show();
+            if (lifted->parentWidget() == this)
+                lifted->hide(); // kept for the climb back (unless the climb came first)
         });
     }
 
@@ -71,6 +81,8 @@ protected:
         if (PeekPlateGrid* back = grid(from - 1)) {
             swapInto(m_area, back);
             back->relayout();
+            if (PeekPlate* opened = back->plate(back->current()))
+                opened->show();
         }
         m_crumbCount = from;
         rebuildCrumbs();
