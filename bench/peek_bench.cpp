@@ -5,6 +5,9 @@
 //
 //   peek_bench [--slow]
 //
+// With PEEK_BENCH_SHOTS set to a folder, each style's view two levels down is saved
+// there as <key>.png (to look at the styles without a display).
+//
 // The folders are made in a temporary directory: four levels, each with six folders
 // and twenty files.
 
@@ -85,6 +88,7 @@ int main(int argc, char** argv)
     const QString root = temp.path() + QStringLiteral("/peek");
     makeLevel(root, 1);
 
+    const char* shots = std::getenv("PEEK_BENCH_SHOTS");
     BrondelSettings settings;
     ScanService scans(2);
     std::printf("Peek styles: %d drill-downs and back each, offscreen%s\n", kDepth * kRounds, slow ? ", --slow" : "");
@@ -132,6 +136,9 @@ int main(int argc, char** argv)
                 toFrame.push_back(clock.elapsed() - pressed);
                 processUntil([&] { return !animating(view.get()); });
                 lastTick = -1;
+                if (round == 0 && depth == 1 && shots)
+                    view->grab().save(QString::fromLocal8Bit(shots) + QLatin1Char('/') +
+                        QString::fromStdString(type->key()) + QStringLiteral(".png"));
             }
             while (view->levelCount() > 1) {
                 view->climb();

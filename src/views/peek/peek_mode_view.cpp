@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QTabBar>
 
 namespace {
@@ -117,7 +118,8 @@ void PeekModeView::rebuildBar()
         m_barScroll->takeWidget()->deleteLater();
     m_bar = bar;
     m_barScroll->setWidget(bar);
-    m_barScroll->setFixedHeight(bar->sizeHint().height() + 4);
+    // Room for the segments and, on a narrow pane, the scroll bar under them.
+    m_barScroll->setFixedHeight(bar->sizeHint().height() + m_barScroll->horizontalScrollBar()->sizeHint().height());
 }
 
 void PeekModeView::styleChanged(int index)

@@ -24,7 +24,9 @@ protected:
         const QRect anchor = openerRect(index);
         const int width = PeekPlate::kWidth + 2 * PeekPlateGrid::kMargin + 16;
         const int height = std::min(plates->sizeHint().height() + 4, std::max(120, this->height() - 16));
-        QPoint at = index == 1 ? anchor.bottomLeft() + QPoint(0, 4) : anchor.topRight() + QPoint(6, -PeekPlateGrid::kMargin);
+        const int besideX = index >= 2 && int(floating().size()) >= index - 1 ? floating()[size_t(index - 2)]->geometry().right() + 4
+                                                                                : anchor.right() + 6;
+        QPoint at = index == 1 ? anchor.bottomLeft() + QPoint(0, 4) : QPoint(besideX, anchor.top() - PeekPlateGrid::kMargin);
         if (at.x() + width > this->width())
             at.setX(std::max(0, index == 1 ? this->width() - width : anchor.left() - width - 6));
         at.setY(std::clamp(at.y(), 0, std::max(0, this->height() - height)));
