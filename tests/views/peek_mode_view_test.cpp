@@ -10,6 +10,7 @@
 #include "support/temp_tree.h"
 #include "views/peek/peek_mode_view.h"
 
+#include <QAbstractAnimation>
 #include <QAccessible>
 #include <QAccessibleActionInterface>
 #include <QPushButton>
@@ -234,6 +235,47 @@ private slots:
         QCOMPARE(style->levelCount(), 1);
         QTest::mouseClick(style->grid(0)->plate(0), Qt::LeftButton);
         QTRY_COMPARE(style->currentFolder(), tree.root + "/a");
+    }
+
+    void animationFlagsStretchOrSkipTheMotion_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("slow");
+        QTest::addColumn<bool>("noAnim");
+        QTest::addColumn<int>("longest"); // ms of the longest animation running after Enter; 0: none
+        QTest::newRow("card stack") << "card-stack" << false << false << 280;
+        QTest::newRow("card stack, slow") << "card-stack" << true << false << 6 * 280;
+        QTest::newRow("popover") << "popover-chain" << false << false << 200;
+        QTest::newRow("popover, slow") << "popover-chain" << true << false << 6 * 200;
+        QTest::newRow("popover, no-anim") << "popover-chain" << false << true << 0;
+        QTest::newRow("popover, both") << "popover-chain" << true << true << 0;
+    }
+
+    void animationFlagsStretchOrSkipTheMotion()
+    {
+        QFETCH(QString, key);
+        QFETCH(bool, slow);
+        QFETCH(bool, noAnim);
+        QFETCH(int, longest);
+        Tree tree;
+        TestContext t;
+        t.context.animate = true;
+        t.context.peekSlow = slow;
+        t.context.peekNoAnim = noAnim;
+        std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), {tree.root, false, t.context, {}}));
+        style->resize(900, 600);
+        style->show();
+        style->start();
+        QTRY_COMPARE(style->levelCount(), 1);
+        QTest::keyClick(style.get(), Qt::Key_Return);
+        QTRY_COMPARE(style->levelCount(), 2);
+        int running = 0;
+        for (const QAbstractAnimation* animation : style->findChildren<QAbstractAnimation*>())
+            running = std::max(running, animation->totalDuration());
+        QCOMPARE(running, longest);
+        // Escape closes the popover chain's last popover; other styles keep their level.
+        QTest::keyClick(style.get(), Qt::Key_Escape);
+        QCOMPARE(style->levelCount(), key == "popover-chain" ? 1 : 2);
     }
 
     void largeFolderEndsInAMorePlateThatOpensTheList()
