@@ -29,6 +29,7 @@ const bool g_installed = [] {
     hooks.sortByColumn = [](const BrowserContext& context, const std::string& key) {
         SettingsActions::sortByColumn(context, key);
     };
+    hooks.peekOrderChanged = [] { MenuSetup::refreshPeekStyle(); };
     return true;
 }();
 

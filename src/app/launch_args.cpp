@@ -23,7 +23,7 @@ Args launchStripFlags(const Args& args)
             ++i; // skip its value, whatever it is
             continue;
         }
-        if (args[i] == "--new-process" || args[i] == "--service")
+        if (args[i] == "--new-process" || args[i] == "--service" || args[i] == "--slow" || args[i] == "--no-anim")
             continue;
         out.push_back(args[i]);
     }
@@ -62,6 +62,16 @@ ViewMode launchViewMode(const Args& fullArgs)
         }
     }
     return ViewMode::List;
+}
+
+PeekAnimationFlags launchPeekAnimation(const Args& fullArgs)
+{
+    PeekAnimationFlags flags;
+    for (const auto& a : fullArgs) {
+        flags.slow = flags.slow || a == "--slow";
+        flags.noAnim = flags.noAnim || a == "--no-anim";
+    }
+    return flags;
 }
 
 namespace {

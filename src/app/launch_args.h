@@ -13,7 +13,8 @@ using Args = std::vector<std::string>;
 Args launchStripPlatformArgs(const Args& args);
 
 // Removes each "--view" together with the argument after it (a trailing "--view" alone),
-// and the process flags "--new-process" and "--service".
+// the process flags "--new-process" and "--service", and the Peek animation flags
+// "--slow" and "--no-anim".
 Args launchStripFlags(const Args& args);
 
 // Which process a GUI launch runs in.
@@ -31,6 +32,16 @@ LaunchProcess launchProcessChoice(const Args& fullArgs);
 // included): the number after the first "--view"; 1 icon, 3 column, 4 peek, anything
 // else list.
 ViewMode launchViewMode(const Args& fullArgs);
+
+// Peek mode's animation flags, from the full argument list: "--slow" makes every Peek
+// animation six times longer (to watch it), "--no-anim" opens the popovers of the
+// popover chain at once.
+struct PeekAnimationFlags {
+    bool slow = false;
+    bool noAnim = false;
+    bool operator==(const PeekAnimationFlags&) const = default;
+};
+PeekAnimationFlags launchPeekAnimation(const Args& fullArgs);
 
 // Turns a path argument into a folder to open: "~" expanded, made absolute against
 // `cwd`, "." and ".." resolved as text; an existing non-folder gives its parent.

@@ -29,6 +29,8 @@ struct BrowserContext {
     OpQueue* ops = nullptr;
     Defer defer; // empty: a QTimer single shot
     bool animate = true; // fades; off in tests and benchmarks
+    bool peekSlow = false;   // Peek animations six times longer (--slow)
+    bool peekNoAnim = false; // the popover chain opens without animation (--no-anim)
     // Stand-ins for the core services (tests give their own); empty: the real ones. All
     // three are called off the main thread.
     std::function<DirNodePtr()> computerRootBuild;

@@ -33,6 +33,10 @@ struct ContentHooks {
     std::function<void(std::vector<std::string> paths, std::string folder)> drop;
     // The list's column widths as the user left them (null: a view of its own).
     std::shared_ptr<ListColumnWidths> listWidths;
+    // Shows `folder` in the list view (Peek mode's "+ N more" on a large folder).
+    std::function<void(const std::string& folder)> showInList;
+    // Peek mode saved a new order of its styles: the menus follow.
+    std::function<void()> peekOrderChanged;
 };
 
 // The context menu at `pos` (viewport coordinates) of an item view showing a

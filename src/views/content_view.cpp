@@ -2,6 +2,7 @@
 
 #include "views/column_view.h"
 #include "views/list_view.h"
+#include "views/peek/peek_mode_view.h"
 
 #include <QCoreApplication>
 #include <QItemSelectionModel>
@@ -105,7 +106,7 @@ bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderD
 
 namespace {
 
-// The icon and Peek modes until their own views land: the root's items as a grid.
+// The icon mode until its own view lands: the root's items as a grid.
 QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, const ContentHooks& hooks)
 {
     auto* view = new QListView;
@@ -169,8 +170,9 @@ QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<Dir
         return new BrondelOutlineView(new ListSource(root, std::move(headers), context), context, hooks);
     case ViewMode::Column:
         return new BrondelBrowser(new ColumnSource(root, std::move(headers), context), context, hooks);
-    case ViewMode::Icon:
     case ViewMode::Peek:
+        return new PeekModeView({root ? root->path : "/", !root || root->path == "/", context, hooks});
+    case ViewMode::Icon:
         break;
     }
     return gridStandIn(root, context, hooks);

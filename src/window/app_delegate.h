@@ -51,6 +51,12 @@ public:
     // The windows opened so far that are still open, in opening order.
     std::vector<BrowserFrame*> windows() const;
     const BrowserContext& context() const { return m_context; }
+    // Peek mode's animation flags for every window (before the first opens).
+    void setPeekAnimation(bool slow, bool noAnim)
+    {
+        m_context.peekSlow = slow;
+        m_context.peekNoAnim = noAnim;
+    }
 
 private:
     BrowserFrame* open(const std::string& path, RootKind kind, ViewMode mode);

@@ -290,6 +290,15 @@ void BrondelWindow::rebuildMode(ViewMode mode)
             windowHooks().rename(*this, path, newName);
     };
     hooks.listWidths = m_listWidths;
+    hooks.showInList = [this](const std::string& path) {
+        rebuildMode(ViewMode::List);
+        if (path != currentLocation())
+            openFolder(path);
+    };
+    hooks.peekOrderChanged = [] {
+        if (windowHooks().peekOrderChanged)
+            windowHooks().peekOrderChanged();
+    };
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);

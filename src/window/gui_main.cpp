@@ -87,6 +87,8 @@ int brondelGuiMain(int argc, char** argv)
             : paths.empty()                                       ? RootChoice::Computer
                                                                   : RootChoice::Paths;
         AppDelegate delegate(paths, root, mode, Settings::current());
+        const PeekAnimationFlags peek = launchPeekAnimation(full);
+        delegate.setPeekAnimation(peek.slow, peek.noAnim);
         delegate.applicationDidFinishLaunching();
         // The windows are up first; the bus is answered in the background.
         if (busLive) {

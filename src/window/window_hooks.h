@@ -33,6 +33,8 @@ struct WindowHooks {
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
     // Opens the Properties window of each path.
     std::function<void(std::vector<std::string>)> showProperties;
+    // The order of the Peek styles was saved: rebuild the Peek Style menus.
+    std::function<void()> peekOrderChanged;
 };
 
 // The process's hooks.

@@ -17,6 +17,7 @@
 #include "window/pane_header.h"
 #include "window/pane_view.h"
 #include "views/content_view.h"
+#include "views/peek/peek_mode_view.h"
 
 #include <QAbstractButton>
 #include <QClipboard>
@@ -25,6 +26,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QTabBar>
 
 #include <memory>
 
@@ -291,6 +293,26 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(f.frame.get()));
         QTest::keyClick(f.frame.get(), Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
         QTRY_COMPARE(peekStyleCurrent(), std::optional(styles[1]->title()));
+    }
+
+    void peekRearrangeDoneRebuildsTheMenu()
+    {
+        Fixture f;
+        QVERIFY(peekOrderSave({}));
+        f.frame->switchMode(ViewMode::Peek);
+        auto* peekView = f.pane()->findChild<PeekModeView*>();
+        QVERIFY(peekView);
+        QTRY_VERIFY(peekView->bar());
+        QMenu* menu = find(f.menu("&View"), "Peek Style")->menu();
+        QTRY_COMPARE(menu->actions().size(), peekView->bar()->count());
+        const QString moved = peekView->bar()->tabText(6);
+        QVERIFY(menu->actions().at(0)->text() != moved);
+        peekView->rearrangeEnter();
+        peekView->reorderBar()->moveTab(6, 0);
+        peekView->rearrangeDone();
+        QTRY_COMPARE(menu->actions().at(0)->text(), moved);
+        QCOMPARE(menu->actions().at(0)->shortcut(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_1));
+        QVERIFY(peekOrderSave({}));
     }
 
     void everyButtonHasAName()

@@ -25,7 +25,9 @@ TEST(LaunchArgs, StrippingAndViewMode)
         {{"brondel", "--view=2", "/a"}, {"--view=2", "/a"}, ViewMode::List},
         {{"brondel", "--view", "2", "list"}, {"list"}, ViewMode::List},
         {{"brondel", "-psn_0_12345", "/a", "-psn_x"}, {"/a"}, ViewMode::List},
-        {{"brondel", "--slow"}, {"--slow"}, ViewMode::List},
+        {{"brondel", "--slow"}, {}, ViewMode::List},
+        {{"brondel", "/a", "--no-anim", "--view", "4", "--slow", "/b"}, {"/a", "/b"}, ViewMode::Peek},
+        {{"brondel", "--slow=1", "--no-animation"}, {"--slow=1", "--no-animation"}, ViewMode::List},
     };
     for (const auto& c : cases) {
         std::vector<char*> argv;
@@ -65,6 +67,20 @@ TEST(LaunchArgs, ProcessFlags)
         EXPECT_EQ(launchArguments(int(argv.size()), argv.data()), c.expected) << c.full.back();
         EXPECT_EQ(launchProcessChoice(c.full), c.process) << c.full.back();
     }
+TEST(LaunchArgs, PeekAnimationFlags)
+{
+    struct Case {
+        Args full;
+        PeekAnimationFlags flags;
+    } cases[] = {
+        {{"brondel"}, {}},
+        {{"brondel", "--slow"}, {true, false}},
+        {{"brondel", "/a", "--no-anim"}, {false, true}},
+        {{"brondel", "--no-anim", "--view", "4", "--slow"}, {true, true}},
+        {{"brondel", "--slow=1", "--SLOW", "--no-animation", "-slow"}, {}}, // whole, exact arguments only
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(launchPeekAnimation(c.full), c.flags) << c.full.size();
 }
 
 TEST(LaunchArgs, PathsBecomeFolders)
