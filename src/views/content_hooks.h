@@ -9,12 +9,23 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class NodeTreeModel;
 class QAbstractItemView;
 class QMenu;
 class QWidget;
 struct ListColumnWidths;
+
+// What the icon view leaves behind for the next icon view of its pane, so that a
+// rebuild (favourites edited, a sort or a card changed) shows the folder where it was:
+// the scroll position, the selected paths and the current one, for that location.
+struct IconViewMemory {
+    std::string location;
+    int scroll = 0;
+    std::vector<std::string> selected;
+    std::string current;
+};
 
 struct ContentHooks {
     std::function<void(const std::string&)> openFolder; // a folder activated
@@ -26,6 +37,8 @@ struct ContentHooks {
     std::function<void(const std::string& key)> sortBy;
     // The list's column widths as the user left them (null: a view of its own).
     std::shared_ptr<ListColumnWidths> listWidths;
+    // The icon view's place (null: a view of its own).
+    std::shared_ptr<IconViewMemory> iconMemory;
 };
 
 // The context menu at `pos` (viewport coordinates) of an item view showing a

@@ -1,6 +1,7 @@
 #include "views/content_view.h"
 
 #include "views/column_view.h"
+#include "views/icon_card_view.h"
 #include "views/list_view.h"
 
 #include <QCoreApplication>
@@ -25,6 +26,8 @@ QAbstractItemView* selectionView(QWidget* view)
 
 std::vector<std::string> contentViewSelection(QWidget* view)
 {
+    if (auto* icons = qobject_cast<IconCardView*>(view))
+        return icons->selectedPaths();
     std::vector<std::string> paths;
     QAbstractItemView* items = selectionView(view);
     const NodeTreeModel* model = contentModel(items);
@@ -41,6 +44,8 @@ std::vector<std::string> contentViewSelection(QWidget* view)
 
 bool contentViewSelect(QWidget* view, const std::string& path)
 {
+    if (auto* icons = qobject_cast<IconCardView*>(view))
+        return icons->selectPath(path);
     QAbstractItemView* items = selectionView(view);
     const NodeTreeModel* model = contentModel(items);
     if (!model)
@@ -57,7 +62,7 @@ bool contentViewSelect(QWidget* view, const std::string& path)
 
 namespace {
 
-// The icon and Peek modes until their own views land: the root's items as a grid.
+// The Peek mode until its own view lands: the root's items as a grid.
 QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, const ContentHooks& hooks)
 {
     auto* view = new QListView;
@@ -122,6 +127,7 @@ QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<Dir
     case ViewMode::Column:
         return new BrondelBrowser(new ColumnSource(root, std::move(headers), context), context, hooks);
     case ViewMode::Icon:
+        return new IconCardView(root, std::move(headers), context, hooks);
     case ViewMode::Peek:
         break;
     }

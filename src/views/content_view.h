@@ -14,7 +14,7 @@
 #include <vector>
 
 // Builds the view of `mode` for `root`, with the favourites `headers` above its rows.
-// The icon and Peek modes show a grid of the root's items until their own views exist.
+// The Peek mode shows a grid of the root's items until its own view exists.
 // A root whose folder could not be read shows why instead of rows.
 QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<DirNodePtr> headers,
     const BrowserContext& context, const ContentHooks& hooks);

@@ -19,6 +19,7 @@
 #include <vector>
 
 struct ListColumnWidths;
+struct IconViewMemory;
 class DimVeil;
 class QVBoxLayout;
 
@@ -117,4 +118,5 @@ private:
     std::vector<std::string> m_forwardHistory;
     std::string m_selectAfterLoad;
     std::shared_ptr<ListColumnWidths> m_listWidths; // kept across rebuilds of the list
+    std::shared_ptr<IconViewMemory> m_iconMemory;   // the icon view's place, across rebuilds
 };
