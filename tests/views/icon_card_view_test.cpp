@@ -55,8 +55,10 @@ struct Shown {
     ContentHooks hooks;
     std::unique_ptr<IconCardView> view;
 
-    Shown(DirNodePtr root, std::vector<DirNodePtr> headers, QSize size = {640, 480})
+    Shown(DirNodePtr root, std::vector<DirNodePtr> headers, QSize size = {640, 480},
+        std::shared_ptr<IconViewMemory> memory = nullptr)
     {
+        hooks.iconMemory = std::move(memory);
         hooks.openFolder = [this](const std::string& path) { opened.push_back(path); };
         hooks.openFile = [this](const std::string& path) { opened.push_back(path); };
         view = std::make_unique<IconCardView>(root, std::move(headers), t.context, hooks);
@@ -349,11 +351,7 @@ private slots:
         std::vector<std::string> selected;
         int scroll = 0;
         {
-            Shown s(folder, {});
-            s.hooks.iconMemory = memory;
-            s.view = std::make_unique<IconCardView>(folder, std::vector<DirNodePtr>{}, s.t.context, s.hooks);
-            s.view->resize(500, 300);
-            s.view->show();
+            Shown s(folder, {}, {500, 300}, memory);
             QVERIFY(s.ready());
             s.view->selectPath(tree.path("many/f1300.txt"));
             scroll = s.view->verticalScrollBar()->value();
@@ -366,11 +364,7 @@ private slots:
             QCOMPARE(s.view->selectedPaths(), selected);
         }
         // The pane's next icon view (a favourites edit rebuilt it) starts there too.
-        Shown again(folder, {});
-        again.hooks.iconMemory = memory;
-        again.view = std::make_unique<IconCardView>(folder, std::vector<DirNodePtr>{}, again.t.context, again.hooks);
-        again.view->resize(500, 300);
-        again.view->show();
+        Shown again(folder, {}, {500, 300}, memory);
         QVERIFY(again.ready());
         QCOMPARE(again.view->verticalScrollBar()->value(), scroll);
         QCOMPARE(again.view->selectedPaths(), selected);
