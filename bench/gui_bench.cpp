@@ -3,14 +3,19 @@
 // sizes and dates stream in, while scrolling from end to end and while leaving the
 // folder again, and the memory the open view costs.
 //
-//   gui_bench FOLDER list|columns
+//   gui_bench FOLDER list|columns|icons
+//   gui_bench FOLDER previews THREADS
 //
 // One view per process, so that the peak memory is that of one open view. bench/run
-// runs it for the 100,000- and the 1,000,000-entry folders.
+// runs it for the 100,000- and the 1,000,000-entry folders, the icon view for the
+// 100,000-entry one. "previews" fills the previews of a folder of images from an empty
+// thumbnail cache with THREADS threads and prints the time and the longest stall.
 
 #include "config/brondel_settings.h"
 #include "sizes/info_notifier.h"
+#include "views/icon_card_view.h"
 #include "views/node_tree_model.h"
+#include "services/thumbnail_loader.h"
 #include "window/browser_frame.h"
 #include "services/scan_service.h"
 #include "services/theme_icons.h"
@@ -23,9 +28,13 @@
 
 #include <sys/resource.h>
 
+#include <dirent.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -102,6 +111,93 @@ double peakMb()
     return usage.ru_maxrss / 1024.0;
 }
 
+// The icon view's run: first items drawn, stalls while loading and while paging down,
+// peak memory.
+int iconsRun(BrowserFrame& frame, BrondelWindow* pane, const std::string& folder)
+{
+    spin(300);
+    const double baseline = residentMb();
+    Heartbeat beat;
+    beat.reset();
+    QElapsedTimer clock;
+    clock.start();
+    pane->navigateLocal(folder);
+    auto shown = [pane] {
+        auto* view = qobject_cast<IconCardView*>(pane->contentView());
+        return view && view->ready() && view->data()->count(0) > 0 ? view : nullptr;
+    };
+    while (pane->scanPendingGen() || !shown())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    IconCardView* view = shown();
+    frame.repaint(); // the first items drawn
+    const qint64 firstItems = clock.elapsed();
+    spin(100);
+    const qint64 loadStall = beat.longestMs();
+    const size_t entries = view->data()->count(0);
+
+    // Paging down, each page drawn, across the whole folder.
+    beat.reset();
+    QScrollBar* bar = view->verticalScrollBar();
+    int pages = 0;
+    QElapsedTimer paging;
+    paging.start();
+    while (bar->value() < bar->maximum() && pages < 4000) {
+        bar->setValue(bar->value() + bar->pageStep());
+        view->viewport()->repaint();
+        QApplication::processEvents();
+        ++pages;
+    }
+    const qint64 pagingMs = paging.elapsed();
+    spin(100);
+    const qint64 scrollStall = beat.longestMs();
+    const double peakOpen = peakMb();
+    std::printf("  %-7s %8zu entries: first items %5lld ms; longest stall: loading %3lld ms, paging down %d pages "
+                "(%.2f ms a page) %3lld ms\n",
+        "icons", entries, (long long)firstItems, (long long)loadStall, pages,
+        pages ? double(pagingMs) / pages : 0.0, (long long)scrollStall);
+    std::printf("  %-7s peak %.1f MB (%.1f MB before the folder opened): %.0f bytes per entry\n", "", peakOpen,
+        baseline, entries ? (peakOpen - baseline) * 1024 * 1024 / double(entries) : 0.0);
+    std::fflush(stdout);
+    return 0;
+}
+
+// Previews of every image of `folder` from an empty cache, asked in display order.
+int previewsRun(const std::string& folder, int threads)
+{
+    std::vector<std::string> images;
+    if (DIR* dir = ::opendir(folder.c_str())) {
+        while (dirent* entry = ::readdir(dir))
+            if (entry->d_name[0] != '.')
+                images.push_back(folder + "/" + entry->d_name);
+        ::closedir(dir);
+    }
+    std::sort(images.begin(), images.end());
+    const std::string cache = "/tmp/brondel-bench-thumbs-" + std::to_string(::getpid());
+    ThumbnailLoader loader(threads, cache);
+    Heartbeat beat;
+    spin(50);
+    beat.reset();
+    QElapsedTimer clock;
+    clock.start();
+    // As a view asks: a screenful at a time, the newest requests first.
+    for (size_t i = 0; i < images.size(); ++i) {
+        loader.preview(images[i], 64);
+        if (i % 40 == 39)
+            QApplication::processEvents();
+    }
+    while (loader.pending() > 0)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    const qint64 total = clock.elapsed();
+    const qint64 stall = beat.longestMs();
+    std::printf("  previews %5zu images, %d thread%s: all in %6lld ms (made %d, failed %d), longest stall %3lld ms\n",
+        images.size(), threads, threads == 1 ? " " : "s", (long long)total, loader.finished(ThumbOutcome::Made),
+        loader.finished(ThumbOutcome::Failed), (long long)stall);
+    std::fflush(stdout);
+    std::error_code ignored;
+    std::filesystem::remove_all(cache, ignored); // the bench's own scratch cache
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -109,13 +205,16 @@ int main(int argc, char** argv)
     if (!std::getenv("QT_QPA_PLATFORM"))
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     if (argc < 3) {
-        std::printf("usage: gui_bench FOLDER list|columns\n");
+        std::printf("usage: gui_bench FOLDER list|columns|icons | FOLDER previews THREADS\n");
         return 2;
     }
     const std::string folder = argv[1];
     const bool columns = std::string(argv[2]) == "columns";
+    const bool icons = std::string(argv[2]) == "icons";
     QApplication app(argc, argv);
     iconsInstallTheme();
+    if (std::string(argv[2]) == "previews")
+        return previewsRun(folder, argc > 3 ? std::atoi(argv[3]) : 3);
 
     BrondelSettings settings;
     ScanService scans(4);
@@ -135,7 +234,9 @@ int main(int argc, char** argv)
     frame.resize(1000, 650);
     frame.show();
     BrondelWindow* pane = frame.activePane();
-    pane->rebuildMode(columns ? ViewMode::Column : ViewMode::List);
+    pane->rebuildMode(icons ? ViewMode::Icon : columns ? ViewMode::Column : ViewMode::List);
+    if (icons)
+        return iconsRun(frame, pane, folder);
     spin(300);
     const double baseline = residentMb();
     Heartbeat beat;

@@ -173,3 +173,19 @@ size_t dirNodeEntryCount(const DirNode& node)
 {
     return node.children.size() + (node.store ? node.store->root().childCount : 0);
 }
+
+DirNodePtr nodeStoreRecordNode(const NodeStore& store, const NodeRecord& record)
+{
+    auto node = DirNode::make();
+    node->name.assign(record.name, record.nameLength);
+    node->path = store.path(record);
+    node->isDir = record.isDir();
+    const uint8_t meta = nodeMeta(record);
+    if (meta & kMetaKnown)
+        node->size = record.size;
+    if (meta & kMetaHasDate)
+        node->dateModified = record.date;
+    node->kind = std::string(nodeKindText(record));
+    node->childrenLoaded = !record.isDir();
+    return node;
+}

@@ -108,6 +108,10 @@ DirNodePtr nodeStoreToDirNode(const NodeStore& store, const NodeRecord& record);
 void nodeStoreChildrenTo(const NodeStore& store, const NodeRecord& record, std::string& pathBuffer,
     std::vector<DirNodePtr>& into);
 
+// One record as a node of its own, without children: what actions and the info
+// modules take for a row (size and date only once its status is known).
+DirNodePtr nodeStoreRecordNode(const NodeStore& store, const NodeRecord& record);
+
 // The number of a folder's entries, in either form.
 size_t dirNodeEntryCount(const DirNode& node);
 

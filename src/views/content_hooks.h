@@ -19,6 +19,16 @@ class QMenu;
 class QWidget;
 struct ListColumnWidths;
 
+// What the icon view leaves behind for the next icon view of its pane, so that a
+// rebuild (favourites edited, a sort or a card changed) shows the folder where it was:
+// the scroll position, the selected paths and the current one, for that location.
+struct IconViewMemory {
+    std::string location;
+    int scroll = 0;
+    std::vector<std::string> selected;
+    std::string current;
+};
+
 struct ContentHooks {
     std::function<void(const std::string&)> openFolder; // a folder activated
     std::function<void(const std::string&)> openFile;   // a file activated
@@ -37,6 +47,8 @@ struct ContentHooks {
     std::function<void(const std::string& folder)> showInList;
     // Peek mode saved a new order of its styles: the menus follow.
     std::function<void()> peekOrderChanged;
+    // The icon view's place (null: a view of its own).
+    std::shared_ptr<IconViewMemory> iconMemory;
 };
 
 // The context menu at `pos` (viewport coordinates) of an item view showing a

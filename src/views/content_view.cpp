@@ -1,6 +1,7 @@
 #include "views/content_view.h"
 
 #include "views/column_view.h"
+#include "views/icon_card_view.h"
 #include "views/list_view.h"
 #include "views/peek/peek_mode_view.h"
 
@@ -8,7 +9,6 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QColumnView>
-#include <QListView>
 #include <QMenu>
 
 #include <cerrno>
@@ -27,6 +27,8 @@ QAbstractItemView* selectionView(QWidget* view)
 
 std::vector<std::string> contentViewSelection(QWidget* view)
 {
+    if (auto* icons = qobject_cast<IconCardView*>(view))
+        return icons->selectedPaths();
     std::vector<std::string> paths;
     QAbstractItemView* items = selectionView(view);
     const NodeTreeModel* model = contentModel(items);
@@ -48,6 +50,8 @@ bool contentViewSelect(QWidget* view, const std::string& path)
 
 int contentViewSelectAll(QWidget* view, const std::vector<std::string>& paths)
 {
+    if (auto* icons = qobject_cast<IconCardView*>(view)) // the first found
+        return std::any_of(paths.begin(), paths.end(), [icons](const std::string& path) { return icons->selectPath(path); });
     QAbstractItemView* items = selectionView(view);
     const NodeTreeModel* model = contentModel(items);
     if (!model)
@@ -106,30 +110,6 @@ bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderD
 
 namespace {
 
-// The icon mode until its own view lands: the root's items as a grid.
-QWidget* gridStandIn(const DirNodePtr& root, const BrowserContext& context, const ContentHooks& hooks)
-{
-    auto* view = new QListView;
-    auto* source = new ListSource(root, {}, context, view);
-    view->setModel(source);
-    view->setModelColumn(ListSource::Name);
-    view->setViewMode(QListView::IconMode);
-    view->setResizeMode(QListView::Adjust);
-    view->setUniformItemSizes(true);
-    view->setWordWrap(true);
-    view->setGridSize(QSize(110, 90));
-    view->setIconSize(QSize(48, 48));
-    view->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    QObject::connect(view, &QAbstractItemView::activated, view,
-        [source, hooks](const QModelIndex& index) { contentActivate(source->nodeAt(index), hooks); });
-    view->setContextMenuPolicy(Qt::CustomContextMenu);
-    QObject::connect(view, &QWidget::customContextMenuRequested, view, [view, hooks](QPoint pos) {
-        if (auto menu = contentMenuAt(*view, pos, hooks))
-            contentMenuPopup(std::move(menu), *view, view->viewport()->mapToGlobal(pos));
-    });
-    return view;
-}
-
 // Says why the folder shows no rows, where the rows would be.
 QWidget* readErrorView(int error)
 {
@@ -173,9 +153,9 @@ QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<Dir
     case ViewMode::Peek:
         return new PeekModeView({root ? root->path : "/", !root || root->path == "/", context, hooks});
     case ViewMode::Icon:
-        break;
+        return new IconCardView(root, std::move(headers), context, hooks);
     }
-    return gridStandIn(root, context, hooks);
+    return nullptr;
 }
 
 QWidget* contentViewFocus(QWidget* view)

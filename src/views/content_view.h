@@ -14,7 +14,6 @@
 #include <vector>
 
 // Builds the view of `mode` for `root`, with the favourites `headers` above its rows.
-// The icon mode shows a grid of the root's items until its own view exists.
 // A root whose folder could not be read shows why instead of rows.
 QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<DirNodePtr> headers,
     const BrowserContext& context, const ContentHooks& hooks);

@@ -72,23 +72,6 @@ QString decoded(const char* name, size_t length)
     return QFile::decodeName(QByteArray::fromRawData(name, qsizetype(length)));
 }
 
-// What the info modules read of a record, as a node of its own (no children).
-DirNodePtr recordNode(const NodeStore& store, const NodeRecord& record)
-{
-    auto node = DirNode::make();
-    node->name.assign(record.name, record.nameLength);
-    node->path = store.path(record);
-    node->isDir = record.isDir();
-    const uint8_t meta = nodeMeta(record);
-    if (meta & kMetaKnown)
-        node->size = record.size;
-    if (meta & kMetaHasDate)
-        node->dateModified = record.date;
-    node->kind = std::string(nodeKindText(record));
-    node->childrenLoaded = !record.isDir();
-    return node;
-}
-
 } // namespace
 
 QString NodeTreeModel::Row::name() const
@@ -239,7 +222,7 @@ DirNodePtr NodeTreeModel::nodeAt(const QModelIndex& index) const
         return copy;
     }
     const Row row = level->row(index.row());
-    DirNodePtr node = recordNode(*row.store, *row.record);
+    DirNodePtr node = nodeStoreRecordNode(*row.store, *row.record);
     node->childrenLoaded = node->childrenLoaded || read; // a folder whose rows this model has read
     return node;
 }
@@ -548,7 +531,7 @@ QString NodeTreeModel::infoText(const Row& row) const
         std::optional<RowInfo> info = RowInfoCache::shared().find(file, *m_context.settings);
         return info ? info->line : QString();
     }
-    DirNodePtr made = row.record ? recordNode(*row.store, *row.record) : DirNodePtr();
+    DirNodePtr made = row.record ? nodeStoreRecordNode(*row.store, *row.record) : DirNodePtr();
     std::optional<RowInfo> info = RowInfoCache::shared().find(made ? *made : *row.node, *m_context.settings);
     return info ? info->line : QString();
 }

@@ -53,6 +53,7 @@ BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserCo
     , m_isComputerRoot(kind == RootKind::Computer)
     , m_title(decode(m_rootNode->name))
     , m_listWidths(std::make_shared<ListColumnWidths>())
+    , m_iconMemory(std::make_shared<IconViewMemory>())
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -299,6 +300,7 @@ void BrondelWindow::rebuildMode(ViewMode mode)
         if (windowHooks().peekOrderChanged)
             windowHooks().peekOrderChanged();
     };
+    hooks.iconMemory = m_iconMemory;
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);

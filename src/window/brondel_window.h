@@ -19,6 +19,7 @@
 #include <vector>
 
 struct ListColumnWidths;
+struct IconViewMemory;
 class DimVeil;
 class FolderWatch;
 class QVBoxLayout;
@@ -134,4 +135,5 @@ private:
     FolderWatch* m_watch = nullptr;
     bool m_liveBusy = false;  // a read after a change is on its way
     bool m_liveAgain = false; // and more changes came meanwhile
+    std::shared_ptr<IconViewMemory> m_iconMemory;   // the icon view's place, across rebuilds
 };
