@@ -270,8 +270,13 @@ OpJob::Flow OpJob::copyItem(const std::string& source, const std::string& target
         return flow;
     ++m_progress.itemsDone;
     if (mode == Mode::MoveAcross) {
-        // The copy is complete and on the disk: only now does the source go.
-        flow = attempt(source, [&] { return sysCalls().unlink(source.c_str()) == 0 ? 0 : errno; });
+        // The copy is complete and on the disk, and so is its name: only now does the
+        // source go.
+        flow = attempt(source, [&] {
+            if (int error = opSyncFolder(pathParent(target)))
+                return error;
+            return sysCalls().unlink(source.c_str()) == 0 ? 0 : errno;
+        });
         if (flow == Flow::Stop)
             return flow;
     }
