@@ -13,7 +13,7 @@ namespace {
 // Large enough that a reflink or a server-side copy takes few calls, small enough that
 // progress, pause and cancel answer within a fraction of a second.
 constexpr size_t kRangeChunk = size_t(8) << 20;
-constexpr size_t kBufferSize = size_t(1) << 20;
+constexpr size_t kBufferSize = size_t(256) << 10;
 
 template <typename Call>
 auto retryIntr(Call call)
@@ -195,6 +195,16 @@ int opCopySymlink(const std::string& source, const struct stat& st, const std::s
         return errno;
     setTimes(target, st);
     return 0;
+}
+
+int opSyncFolder(const std::string& dir)
+{
+    int fd = sysOpen(dir.c_str(), O_RDONLY | O_DIRECTORY);
+    if (fd < 0)
+        return errno;
+    int error = retryIntr([&] { return sysCalls().fsync(fd); }) == 0 ? 0 : errno;
+    sysClose(fd);
+    return error == EINVAL || error == EROFS || error == ENOTSUP ? 0 : error;
 }
 
 void opFinishFolder(const std::string& target, const struct stat& st)

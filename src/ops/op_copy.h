@@ -41,5 +41,9 @@ void opFinishFolder(const std::string& target, const struct stat& st);
 // systems without an atomic no-replace rename. 0 or an errno (EXDEV across devices).
 int opRenameNoReplace(const std::string& from, const std::string& to);
 
+// Flushes the folder `dir` itself to the disk, so that the names just placed in it
+// survive a crash. 0 or an errno (a file system that cannot flush folders counts as done).
+int opSyncFolder(const std::string& dir);
+
 // `dir` + "/" + `name`.
 std::string opJoin(const std::string& dir, const std::string& name);

@@ -47,8 +47,8 @@ OpJob::OpJob(OpControl& control, OpObserver& observer, OpRecord* record)
     : m_control(control)
     , m_observer(observer)
     , m_record(record)
-    , m_started(std::chrono::steady_clock::now())
-    , m_lastTick(m_started)
+    , m_lastTick(std::chrono::steady_clock::now())
+    , m_rateMark(m_lastTick)
 {
 }
 
@@ -94,9 +94,17 @@ void OpJob::tick(bool force)
     const auto now = std::chrono::steady_clock::now();
     if (!force && now - m_lastTick < kTickEvery)
         return;
+    // The rate follows the last few seconds (a moving average over the ticks), so a
+    // slow start or a change of disk does not skew the time left for long.
+    // Forced ticks may come microseconds apart: those do not make a rate.
+    const double seconds = std::chrono::duration<double>(now - m_rateMark).count();
+    if (seconds >= 0.05 && m_progress.bytesDone >= m_lastBytes) {
+        const double rate = double(m_progress.bytesDone - m_lastBytes) / seconds;
+        m_progress.bytesPerSecond = m_progress.bytesPerSecond > 0 ? 0.8 * m_progress.bytesPerSecond + 0.2 * rate : rate;
+        m_rateMark = now;
+        m_lastBytes = m_progress.bytesDone;
+    }
     m_lastTick = now;
-    const double seconds = std::chrono::duration<double>(now - m_started).count();
-    m_progress.bytesPerSecond = seconds > 0.2 ? double(m_progress.bytesDone) / seconds : 0;
     m_progress.secondsLeft = m_progress.bytesPerSecond > 0 && !m_progress.counting
         ? int64_t(double(m_progress.bytesTotal - std::min(m_progress.bytesDone, m_progress.bytesTotal))
                   / m_progress.bytesPerSecond)
@@ -262,8 +270,13 @@ OpJob::Flow OpJob::copyItem(const std::string& source, const std::string& target
         return flow;
     ++m_progress.itemsDone;
     if (mode == Mode::MoveAcross) {
-        // The copy is complete and on the disk: only now does the source go.
-        flow = attempt(source, [&] { return sysCalls().unlink(source.c_str()) == 0 ? 0 : errno; });
+        // The copy is complete and on the disk, and so is its name: only now does the
+        // source go.
+        flow = attempt(source, [&] {
+            if (int error = opSyncFolder(pathParent(target)))
+                return error;
+            return sysCalls().unlink(source.c_str()) == 0 ? 0 : errno;
+        });
         if (flow == Flow::Stop)
             return flow;
     }
@@ -560,4 +573,10 @@ OpResult OpJob::run(const OpRequest& request)
     if (m_control.cancelled())
         m_result.status = OpStatus::Cancelled;
     return m_result;
+}
+
+OpResult opRun(const OpRequest& request, OpControl& control, OpObserver& observer, OpRecord* record)
+{
+    OpJob job(control, observer, record);
+    return job.run(request);
 }

@@ -65,6 +65,7 @@ private:
     uint64_t m_questions = 0;
     std::optional<ConflictChoice> m_allFiles;   // "apply to all" answers
     std::optional<ConflictChoice> m_allFolders;
-    std::chrono::steady_clock::time_point m_started;
     std::chrono::steady_clock::time_point m_lastTick;
+    std::chrono::steady_clock::time_point m_rateMark; // when the rate was last measured
+    uint64_t m_lastBytes = 0;                         // bytesDone then
 };

@@ -6,6 +6,7 @@
 #include "ops/op_engine.h"
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -68,13 +69,17 @@ struct OpQueue::Shared {
             QMetaObject::invokeMethod(owner, [q = owner, call = std::move(call)] { call(q); }, Qt::QueuedConnection);
     }
 
-    DetachedPool* lane(dev_t device)
+    // Queues `task` on the lane of `device`; dropped when the queue is gone (its lanes
+    // with it), which is why the lane is never used outside the lock.
+    void startOnLane(dev_t device, std::function<void()> task)
     {
         std::lock_guard guard(lock);
+        if (!owner)
+            return;
         std::unique_ptr<DetachedPool>& pool = lanes[device];
         if (!pool)
             pool = std::make_unique<DetachedPool>(1, WorkClass::UserInitiated, WhenStuck::Wait);
-        return pool.get();
+        pool->start(std::move(task));
     }
 };
 
@@ -183,8 +188,7 @@ OpJobId OpQueue::submit(const OpRequest& request)
         if (!m_shared->router)
             return id;
         m_shared->router->start([shared = m_shared, id, state, request] {
-            DetachedPool* lane = shared->lane(jobDevice(request));
-            lane->start([shared, id, state, request] {
+            shared->startOnLane(jobDevice(request), [shared, id, state, request] {
                 shared->post([id](OpQueue* q) { emit q->jobStarted(id); });
                 OpRecord record;
                 OpResult result;

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <functional>
@@ -100,6 +101,7 @@ std::atomic<int> g_openErrno{0};         // opening a file for reading fails wit
 std::string g_srcRoot;                   // a file removed under here must exist complete
 std::string g_dstRoot;                   // at the same place under here
 std::atomic<bool> g_unlinkEarly{false};
+std::set<std::string> g_syncedFolders;   // folders flushed so far (through their descriptors)
 std::atomic<OpControl*> g_cancelOnWrite{nullptr}; // cancelled once the first chunk is written
 
 void resetFaults()
@@ -113,6 +115,7 @@ void resetFaults()
     g_srcRoot.clear();
     g_dstRoot.clear();
     g_unlinkEarly = false;
+    g_syncedFolders.clear();
     g_cancelOnWrite = nullptr;
 }
 
@@ -176,10 +179,23 @@ int checkedUnlink(const char* path)
         struct stat from;
         struct stat to;
         if (::lstat(path, &from) == 0
-            && (::lstat(target.c_str(), &to) != 0 || to.st_size != from.st_size || fileTempWriter(target)))
+            && (::lstat(target.c_str(), &to) != 0 || to.st_size != from.st_size || fileTempWriter(target)
+                || !g_syncedFolders.count(pathParent(target))))
             g_unlinkEarly = true;
     }
     return sysCallsReal().unlink(path);
+}
+
+int recordingFsync(int fd)
+{
+    char link[64];
+    char path[4096];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+    const ssize_t n = ::readlink(link, path, sizeof path - 1);
+    struct stat st;
+    if (n > 0 && ::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode))
+        g_syncedFolders.insert(std::string(path, size_t(n)));
+    return sysCallsReal().fsync(fd);
 }
 
 SysCalls faultyCalls()
@@ -190,6 +206,7 @@ SysCalls faultyCalls()
     calls.renameat2 = faultyRenameat2;
     calls.open = faultyOpen;
     calls.unlink = checkedUnlink;
+    calls.fsync = recordingFsync;
     return calls;
 }
 
