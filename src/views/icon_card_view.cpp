@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -182,6 +183,8 @@ void IconCardView::apply(IconCardDataPtr data)
     }
     relayout();
     verticalScrollBar()->setValue(scroll);
+    if (!m_selectOnArrival.empty())
+        selectPath(std::exchange(m_selectOnArrival, std::string()));
     viewport()->update();
     if (QAccessible::isActive()) { // the items are new: assistive technology asks again
         QAccessibleEvent reorder(this, QAccessible::ObjectReorder);
@@ -415,8 +418,10 @@ std::vector<std::string> IconCardView::selectedPaths() const
 
 bool IconCardView::selectPath(const std::string& path)
 {
-    if (!m_data)
-        return false;
+    if (!m_data) {
+        m_selectOnArrival = path; // the sections are still being built
+        return true;
+    }
     for (size_t s = 0; s < m_data->sections.size(); ++s)
         for (size_t i = 0; i < m_data->sections[s].count(); ++i)
             if (m_data->path(int(s), i) == path) {

@@ -369,6 +369,14 @@ private slots:
         QCOMPARE(again.view->verticalScrollBar()->value(), scroll);
         QCOMPARE(again.view->selectedPaths(), selected);
         QCOMPARE(again.view->current(), (IconSpot{0, 300}));
+
+        // A pane that reveals an item right after navigating asks before the sections exist.
+        TestContext t;
+        IconCardView fresh(folder, {}, t.context, {});
+        QVERIFY(!fresh.ready());
+        QVERIFY(fresh.selectPath(tree.path("many/f1007.txt")));
+        QTRY_VERIFY_WITH_TIMEOUT(fresh.ready(), 15000);
+        QCOMPARE(fresh.selectedPaths(), (std::vector<std::string>{tree.path("many/f1007.txt")}));
     }
 };
 
