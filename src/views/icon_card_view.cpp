@@ -126,6 +126,14 @@ IconCardView::~IconCardView()
 {
     remember();
     liveViews().erase(this);
+    if (showsPreviews())
+        ThumbnailLoader::shared().dropQueued();
+}
+
+bool IconCardView::showsPreviews() const
+{
+    return m_data && std::any_of(m_data->sections.begin(), m_data->sections.end(),
+        [](const IconCardSection& s) { return s.sec.thumbs; });
 }
 
 void IconCardView::reload()
@@ -364,6 +372,10 @@ void IconCardView::resizeEvent(QResizeEvent* event)
 
 void IconCardView::scrollContentsBy(int, int)
 {
+    // Previews asked for rows that scrolled away wait no longer: the repaint asks for
+    // the rows now on screen.
+    if (showsPreviews())
+        ThumbnailLoader::shared().dropQueued();
     viewport()->update();
 }
 

@@ -98,6 +98,7 @@ private:
     void apply(IconCardDataPtr data);
     void relayout();
     void remember() const;
+    bool showsPreviews() const;
     int contentTop() const; // the content y at the viewport's top
     QRect toViewport(const QRect& content) const;
     void scrollToSpot(IconSpot spot);
