@@ -149,9 +149,14 @@ QImage ThumbnailLoader::preview(const std::string& path, double pixels)
 
 void ThumbnailLoader::dropQueued()
 {
+    if (m_wanted.empty())
+        return;
     for (const Job& job : m_wanted)
         m_known.remove(job.key);
     m_wanted.clear();
+    // Views still showing items draw again and so ask for what is on screen now.
+    if (!m_announce.isActive())
+        m_announce.start();
 }
 
 void ThumbnailLoader::pump()

@@ -47,7 +47,8 @@ public:
     // the file is queued (once). Main thread.
     QImage preview(const std::string& path, double pixels);
 
-    // Forgets what is queued but not started (the view moved on).
+    // Forgets what is queued but not started (a view scrolled or went away); ready()
+    // follows, so the views on screen ask again for the items they show.
     void dropQueued();
 
     // Counts of finished requests by outcome (benchmarks, tests).

@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -125,6 +126,14 @@ IconCardView::~IconCardView()
 {
     remember();
     liveViews().erase(this);
+    if (showsPreviews())
+        ThumbnailLoader::shared().dropQueued();
+}
+
+bool IconCardView::showsPreviews() const
+{
+    return m_data && std::any_of(m_data->sections.begin(), m_data->sections.end(),
+        [](const IconCardSection& s) { return s.sec.thumbs; });
 }
 
 void IconCardView::reload()
@@ -182,6 +191,8 @@ void IconCardView::apply(IconCardDataPtr data)
     }
     relayout();
     verticalScrollBar()->setValue(scroll);
+    if (!m_selectOnArrival.empty())
+        selectPath(std::exchange(m_selectOnArrival, std::string()));
     viewport()->update();
     if (QAccessible::isActive()) { // the items are new: assistive technology asks again
         QAccessibleEvent reorder(this, QAccessible::ObjectReorder);
@@ -361,6 +372,10 @@ void IconCardView::resizeEvent(QResizeEvent* event)
 
 void IconCardView::scrollContentsBy(int, int)
 {
+    // Previews asked for rows that scrolled away wait no longer: the repaint asks for
+    // the rows now on screen.
+    if (showsPreviews())
+        ThumbnailLoader::shared().dropQueued();
     viewport()->update();
 }
 
@@ -415,8 +430,10 @@ std::vector<std::string> IconCardView::selectedPaths() const
 
 bool IconCardView::selectPath(const std::string& path)
 {
-    if (!m_data)
-        return false;
+    if (!m_data) {
+        m_selectOnArrival = path; // the sections are still being built
+        return true;
+    }
     for (size_t s = 0; s < m_data->sections.size(); ++s)
         for (size_t i = 0; i < m_data->sections[s].count(); ++i)
             if (m_data->path(int(s), i) == path) {

@@ -52,6 +52,8 @@ public:
     const IconLayout& layout() const { return m_layout; }
 
     std::vector<std::string> selectedPaths() const;
+    // Selects the item of `path` alone and scrolls to it; before the first build has
+    // arrived, once it does.
     bool selectPath(const std::string& path);
     IconSpot current() const { return m_current; }
     bool isSelected(IconSpot spot) const;
@@ -96,6 +98,7 @@ private:
     void apply(IconCardDataPtr data);
     void relayout();
     void remember() const;
+    bool showsPreviews() const;
     int contentTop() const; // the content y at the viewport's top
     QRect toViewport(const QRect& content) const;
     void scrollToSpot(IconSpot spot);
@@ -120,7 +123,7 @@ private:
     IconSpot m_anchor;
     std::map<int, int> m_stripOffsets;
     int64_t m_generation = 0;
-    bool m_restored = false;
+    std::string m_selectOnArrival; // asked for before the first build arrived
 
     // Mouse.
     QPoint m_pressPos;

@@ -18,21 +18,22 @@
 
 void IconCardView::contextMenuEvent(QContextMenuEvent* event)
 {
-    if (!m_data)
-        return;
     const QPoint pos = event->pos();
-    const int s = iconSectionAt(m_layout, pos.y() + contentTop());
-    if (s >= 0) {
-        const IconSecGeom& g = m_layout.sections[size_t(s)];
-        const bool onHeader = toViewport(g.header).contains(pos) || toViewport(g.sub).contains(pos);
-        if (onHeader && m_data->sections[size_t(s)].sec.cardKey) {
-            openCardMenu(s, event->globalPos());
-            return;
+    IconSpot spot;
+    if (m_data) { // before the first build there is only empty space to click
+        const int s = iconSectionAt(m_layout, pos.y() + contentTop());
+        if (s >= 0) {
+            const IconSecGeom& g = m_layout.sections[size_t(s)];
+            const bool onHeader = toViewport(g.header).contains(pos) || toViewport(g.sub).contains(pos);
+            if (onHeader && m_data->sections[size_t(s)].sec.cardKey) {
+                openCardMenu(s, event->globalPos());
+                return;
+            }
         }
+        spot = itemAt(pos);
+        if (spot.valid() && !isSelected(spot))
+            setCurrent(spot);
     }
-    const IconSpot spot = itemAt(pos);
-    if (spot.valid() && !isSelected(spot))
-        setCurrent(spot);
     if (!m_hooks.fillMenu)
         return;
     auto menu = std::make_unique<QMenu>();

@@ -101,6 +101,25 @@ private slots:
             QCOMPARE(loader.preview(photo, 48).size(), QSize(128, 128));
         QCOMPARE(loader.pending(), 0); // served from memory, nothing queued again
     }
+
+    void queuedRequestsCanBeDropped()
+    {
+        TempTree tree;
+        ThumbnailLoader loader(1, tree.path("cache/thumbnails"));
+        std::vector<std::string> photos;
+        for (int i = 0; i < 10; ++i)
+            photos.push_back(makeImage(tree, "q/" + std::to_string(i) + ".png", QSize(64, 64)));
+        for (const std::string& photo : photos)
+            loader.preview(photo, 48);
+        loader.dropQueued(); // scrolled away: only the one already started goes on
+        QTRY_COMPARE_WITH_TIMEOUT(loader.pending(), 0, 20000);
+        QCOMPARE(loader.finished(ThumbOutcome::Made), 1);
+        QSignalSpy ready(&loader, &ThumbnailLoader::ready);
+        QVERIFY(!loader.preview(photos.front(), 48).isNull()); // the one that went on is there
+        QVERIFY(loader.preview(photos.back(), 48).isNull());    // a dropped one asked again: queued again
+        QTRY_COMPARE_WITH_TIMEOUT(loader.finished(ThumbOutcome::Made), 2, 20000);
+        QTRY_VERIFY(ready.count() >= 1);
+    }
 };
 
 BRONDEL_GUI_TEST_MAIN(ThumbnailLoaderTest)

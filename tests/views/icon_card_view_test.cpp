@@ -9,7 +9,6 @@
 #include "cards/card_show_all.h"
 #include "support/temp_tree.h"
 #include "views/icon_card_view.h"
-#include "views/icon_layout.h"
 
 #include <QAccessible>
 #include <QMenu>
@@ -149,54 +148,6 @@ private slots:
         QCOMPARE(items->node(0, 1)->name, std::string("b.txt"));
     }
 
-    void layoutGeometry()
-    {
-        struct Case {
-            const char* what;
-            IconSecShape shape;
-            int width;
-            int columns, rows, cellWidth, cellHeight;
-        };
-        IconSecShape wrapped{10};
-        IconSecShape strip{50, true};
-        IconSecShape list{3, false, true};
-        IconSecShape tiles{5, false, false, true, 48, 4, 180};
-        const Case cases[] = {
-            {"wrapped, narrow", wrapped, 400, 3, 4, 96, 92},
-            {"wrapped, wide", wrapped, 800, 8, 2, 96, 92},
-            {"strip", strip, 400, 50, 1, 96, 92},
-            {"list rows", list, 400, 1, 3, 376, 56},
-            {"breakdown tiles", tiles, 600, 3, 2, 192, 148}, // 180 + gap, 64 + 4 legend rows of 18 + gap
-        };
-        for (const Case& c : cases) {
-            const IconLayout layout = iconLayoutMake({c.shape}, c.width);
-            const IconSecGeom& g = layout.sections.front();
-            QVERIFY2(g.columns == c.columns && g.rows == c.rows, c.what);
-            QVERIFY2(g.cellWidth == c.cellWidth && g.cellHeight == c.cellHeight, c.what);
-            const QRect last = iconItemRect(g, c.shape.count - 1);
-            QVERIFY2(last.bottom() < g.top + g.height, c.what);
-        }
-        // A strip scrolls sideways: its items move left, its height stays one row.
-        const IconSecGeom s = iconLayoutMake({strip}, 400).sections.front();
-        QCOMPARE(iconItemRect(s, 10, 300).left(), kIconMargin + 10 * 96 - 300);
-        QCOMPARE(iconStripRange(s, 50, 400), 50 * 96 + 2 * kIconMargin - 400);
-        // Headers, a sub-header and the top pad push the items down; the next section follows.
-        IconSecShape headed{4};
-        headed.cardHeader = headed.subHeader = true;
-        headed.topPad = 12;
-        const IconLayout two = iconLayoutMake({headed, wrapped}, 800);
-        QCOMPARE(two.sections[0].itemsTop, 12 + kIconHeaderHeight + kIconSubHeight);
-        QCOMPARE(two.sections[1].top, two.sections[0].top + two.sections[0].height);
-        QCOMPARE(iconSectionAt(two, two.sections[1].top + 1), 1);
-        QCOMPARE(iconSectionAt(two, 5), -1); // the top pad belongs to no section
-        // 100,000 items: a screen's worth of them is all that is asked for.
-        IconSecShape big{100000};
-        const IconSecGeom b = iconLayoutMake({big}, 800).sections.front();
-        const auto [first, last] = iconItemsIn(b, 100000, QRect(0, 500000, 800, 600));
-        QVERIFY(last - first <= size_t(8 * 8));
-        QVERIFY(iconItemRect(b, first).bottom() >= 500000 && iconItemRect(b, last - 1).top() <= 500600);
-    }
-
     void collapseShowAllAndCardMenuReachEveryView()
     {
         // The test home's Downloads folder becomes the root's first card.
@@ -254,6 +205,32 @@ private slots:
         const IconCardSection& tiles = two.view->data()->sections[size_t(sectionWithGroup(*two.view->data(), "Drives"))];
         QCOMPARE(tiles.tiles.size(), tiles.count()); // one tile's figures per drive
         menu->close();
+    }
+
+    void aCollapsedCardIsOneStripThatFollowsTheKeys()
+    {
+        const std::string downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation).toStdString();
+        QVERIFY(QDir().mkpath(QString::fromStdString(downloads)));
+        for (int i = 0; i < 40; ++i)
+            QFile(QString::fromStdString(downloads + "/s" + std::to_string(100 + i) + ".txt")).open(QIODevice::WriteOnly);
+        cardUpdate("downloads", "files", [](CardConfig& c) { c = CardConfig::defaults("files"); }); // collapsed
+        Shown s(computerRoot(), {}, {500, 400});
+        QVERIFY(s.ready());
+        const int dl = sectionWithGroup(*s.view->data(), "Downloads");
+        QVERIFY(s.view->data()->sections[size_t(dl)].sec.strip);
+        QCOMPARE(s.view->layout().sections[size_t(dl)].rows, 1);
+        QVERIFY(s.view->data()->count(dl) >= 40); // with what earlier cases left there
+        s.view->setFocus();
+        s.view->setCurrent({dl, 0});
+        for (int i = 0; i < 30; ++i)
+            QTest::keyClick(s.view.get(), Qt::Key_Right);
+        QCOMPARE(s.view->current(), (IconSpot{dl, 30}));
+        QVERIFY(s.view->stripOffset(dl) > 0); // the strip scrolled sideways to show it
+        QVERIFY(s.view->viewport()->rect().contains(s.view->itemRect({dl, 30})));
+        QVERIFY(s.view->itemAt(s.view->itemRect({dl, 30}).center()) == (IconSpot{dl, 30}));
+        // Down leaves the strip for the Drives card below.
+        QTest::keyClick(s.view.get(), Qt::Key_Down);
+        QCOMPARE(s.view->current().section, sectionWithGroup(*s.view->data(), "Drives"));
     }
 
     void keyboardAcrossSections()
@@ -369,6 +346,14 @@ private slots:
         QCOMPARE(again.view->verticalScrollBar()->value(), scroll);
         QCOMPARE(again.view->selectedPaths(), selected);
         QCOMPARE(again.view->current(), (IconSpot{0, 300}));
+
+        // A pane that reveals an item right after navigating asks before the sections exist.
+        TestContext t;
+        IconCardView fresh(folder, {}, t.context, {});
+        QVERIFY(!fresh.ready());
+        QVERIFY(fresh.selectPath(tree.path("many/f1007.txt")));
+        QTRY_VERIFY_WITH_TIMEOUT(fresh.ready(), 15000);
+        QCOMPARE(fresh.selectedPaths(), (std::vector<std::string>{tree.path("many/f1007.txt")}));
     }
 };
 

@@ -455,7 +455,7 @@ private slots:
         pane->show();
         QVERIFY(QTest::qWaitForWindowExposed(pane.get()));
         QPointer<QWidget> oldView = pane->contentView();
-        auto* items = qobject_cast<QAbstractItemView*>(contentViewFocus(oldView));
+        auto* items = qobject_cast<QAbstractScrollArea*>(contentViewFocus(oldView)); // item views and the icon view
         QVERIFY(items);
 
         bool inHandler = false, rebuiltInHandler = false, menuWasOpen = false;
