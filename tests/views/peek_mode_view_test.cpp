@@ -325,7 +325,7 @@ private slots:
         } else {
             QAbstractButton* button = nullptr;
             for (QAbstractButton* candidate : style->findChildren<QAbstractButton*>())
-                if (candidate->text() == control && candidate->isVisibleTo(style.get()))
+                if (candidate->text() == control && !candidate->isHidden() && candidate->isEnabled())
                     button = candidate;
             QVERIFY(button);
             button->click();
