@@ -278,6 +278,69 @@ private slots:
         QCOMPARE(style->levelCount(), key == "popover-chain" ? 1 : 2);
     }
 
+    void eachStyleHasItsOwnWayBack_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("control"); // what is pressed: a button's text, "tab" or "rail"
+        QTest::addColumn<int>("levelsAfter");
+        QTest::newRow("breadcrumb") << "zoom-fill" << "root" << 1;
+        QTest::newRow("card behind") << "card-stack" << "root" << 1;
+        QTest::newRow("rail stop") << "rail-drill" << "rail" << 1;
+        QTest::newRow("back button") << "zoom-open" << "\u2039 Back" << 2;
+        QTest::newRow("closing a tab") << "peek-tabs" << "tab" << 1;
+    }
+
+    void eachStyleHasItsOwnWayBack()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, control);
+        QFETCH(int, levelsAfter);
+        Tree tree;
+        TestContext t;
+        std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), {tree.root, false, t.context, {}}));
+        style->resize(900, 600);
+        style->show();
+        style->start();
+        QTRY_COMPARE(style->levelCount(), 1);
+        QTest::keyClick(style.get(), Qt::Key_Return);
+        QTRY_COMPARE(style->levelCount(), 2);
+        QTest::keyClick(style.get(), Qt::Key_Return);
+        QTRY_COMPARE(style->levelCount(), 3);
+        if (control == "tab") {
+            auto* tabs = style->findChild<QTabBar*>();
+            QCOMPARE(tabTexts(tabs), (QStringList{"root", "a", "b"}));
+            tabs->setCurrentIndex(0); // switching keeps every tab open
+            QCOMPARE(style->currentFolder(), tree.root);
+            QCOMPARE(style->levelCount(), 3);
+            tabs->setCurrentIndex(2);
+            emit tabs->tabCloseRequested(1); // closing one closes those after it
+            QCOMPARE(tabTexts(tabs), QStringList{"root"});
+        } else if (control == "rail") {
+            PeekPlate* stop = nullptr;
+            for (PeekPlate* plate : style->findChildren<PeekPlate*>())
+                if (plate->accessibleName() == "root" && plate->height() == PeekPlate::kSmallHeight)
+                    stop = plate;
+            QVERIFY(stop);
+            stop->click();
+        } else {
+            QAbstractButton* button = nullptr;
+            for (QAbstractButton* candidate : style->findChildren<QAbstractButton*>())
+                if (candidate->text() == control && !candidate->isHidden() && candidate->isEnabled())
+                    button = candidate;
+            QVERIFY(button);
+            button->click();
+        }
+        QCOMPARE(style->levelCount(), levelsAfter);
+        QCOMPARE(style->currentFolder(), levelsAfter == 1 ? tree.root : tree.root + "/a");
+
+        // In every style a plate of an earlier level opens in place of the deeper ones.
+        QTest::keyClick(style.get(), Qt::Key_Return);
+        QTRY_COMPARE(style->levelCount(), levelsAfter + 1);
+        style->grid(0)->plate(0)->click();
+        QTRY_COMPARE(style->currentFolder(), tree.root + "/a");
+        QCOMPARE(style->levelCount(), 2);
+    }
+
     void largeFolderEndsInAMorePlateThatOpensTheList()
     {
         TempTree tree;

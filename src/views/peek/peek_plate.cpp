@@ -4,6 +4,7 @@
 #include "services/file_icons.h"
 #include "services/theme_icons.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -69,7 +70,30 @@ QSize PeekPlate::sizeHint() const
 
 void PeekPlate::paintEvent(QPaintEvent*)
 {
-    QPainter p(this);
+    const qreal ratio = devicePixelRatioF();
+    const quint32 state = quint32(m_current) | quint32(m_opened) << 1 | quint32(isDown()) << 2
+        | quint32(underMouse()) << 3 | quint32(isEnabled()) << 4;
+    if (m_drawn.isNull() || m_drawnState != state || m_drawn.size() != size() * ratio) {
+        m_drawn = QPixmap(size() * ratio);
+        m_drawn.setDevicePixelRatio(ratio);
+        m_drawn.fill(Qt::transparent);
+        QPainter onto(&m_drawn);
+        draw(onto);
+        m_drawnState = state;
+    }
+    QPainter(this).drawPixmap(0, 0, m_drawn);
+}
+
+void PeekPlate::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange
+        || event->type() == QEvent::StyleChange)
+        m_drawn = QPixmap(); // drawn again in the new look
+    QAbstractButton::changeEvent(event);
+}
+
+void PeekPlate::draw(QPainter& p) const
+{
     p.setRenderHint(QPainter::Antialiasing);
     const QPalette& pal = palette();
     const QRectF frame = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);

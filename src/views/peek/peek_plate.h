@@ -8,6 +8,7 @@
 #include "cards/lab_item.h"
 
 #include <QAbstractButton>
+#include <QPixmap>
 
 class PeekPlate : public QAbstractButton {
     Q_OBJECT
@@ -32,9 +33,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void setUp();
+    void draw(QPainter& p) const;
 
     LabItem m_item;
     int64_t m_more = 0;
@@ -44,4 +47,8 @@ private:
     QString m_meta;
     bool m_current = false;
     bool m_opened = false;
+    // The plate as last drawn: an animation moves plates every frame without changing
+    // them, and a copy is far cheaper to draw than the text and icon again.
+    QPixmap m_drawn;
+    quint32 m_drawnState = 0;
 };

@@ -86,8 +86,8 @@ int PeekPlateGrid::layoutHeight(int width, bool place)
     const int expansionRow = m_expansion ? m_expansionIndex / cols : -1;
     // A panel opening grows through its maximum height.
     const int panelHeight = m_expansion ? std::min(m_expansion->maximumHeight(),
-                                              std::max(m_expansion->heightForWidth(width - 2 * kMargin),
-                                                  m_expansion->sizeHint().height()))
+                                              std::max({m_expansion->heightForWidth(width - 2 * kMargin),
+                                                  m_expansion->sizeHint().height(), m_expansion->minimumHeight()}))
                                         : 0;
     int y = kMargin;
     for (int row = 0; row * cols < all; ++row) {

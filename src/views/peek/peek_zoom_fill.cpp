@@ -92,8 +92,10 @@ private:
     void rebuildCrumbs()
     {
         while (QLayoutItem* item = m_crumbs->takeAt(0)) {
-            if (item->widget())
+            if (item->widget()) {
+                item->widget()->hide();
                 item->widget()->deleteLater();
+            }
             delete item;
         }
         const int levels = std::min(levelCount(), m_crumbCount < 0 ? levelCount() : m_crumbCount);
