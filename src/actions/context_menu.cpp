@@ -2,6 +2,7 @@
 
 #include "actions/context_actions.h"
 #include "actions/management_windows.h"
+#include "actions/properties_window.h"
 #include "config/palette.h"
 #include "window/brondel_window.h"
 #include "services/scan_service.h"
@@ -172,6 +173,10 @@ void contextFill(QMenu& menu, BrondelWindow& pane, const DirNode& node, MenuForm
     menu.addSeparator();
     item(menu, QObject::tr("Move to Trash"), pane, payload,
         [](BrondelWindow& p, const MenuPayload& m) { ContextActions::trash(p, {m.path}); });
+    menu.addSeparator();
+    item(menu, QObject::tr("Properties\u2026"), pane, payload, [](BrondelWindow& p, const MenuPayload& m) {
+        propertiesShow({m.path}, p.context(), p.window());
+    });
 }
 
 void ctxFavoritesItems(QMenu& menu, BrondelWindow& pane, const std::string& path)

@@ -4,6 +4,7 @@
 #include "actions/context_actions.h"
 #include "actions/context_menu.h"
 #include "actions/management_windows.h"
+#include "actions/properties_window.h"
 #include "actions/settings_actions.h"
 #include "actions/workspace.h"
 #include "config/peek_order.h"
@@ -188,6 +189,9 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
             joined += (joined.empty() ? "" : "\n") + path;
         if (!joined.empty())
             ContextActions::copyPath(joined);
+    });
+    item(file, QObject::tr("Properties\u2026"), Shortcut::Properties, "info.circle", frame, [frame] {
+        propertiesShow(targets(frame), frame->context(), frame);
     });
     item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
     file->addSeparator();

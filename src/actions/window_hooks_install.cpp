@@ -4,6 +4,7 @@
 #include "actions/context_actions.h"
 #include "actions/context_menu.h"
 #include "actions/menu_setup.h"
+#include "actions/properties_window.h"
 #include "actions/settings_actions.h"
 #include "window/window_hooks.h"
 
@@ -21,6 +22,9 @@ const bool g_installed = [] {
     hooks.openFile = [](QWidget* parent, const std::string& path) { ContextActions::openFile(parent, path); };
     hooks.sortByColumn = [](const BrowserContext& context, const std::string& key) {
         SettingsActions::sortByColumn(context, key);
+    };
+    hooks.showProperties = [](const BrowserContext& context, QObject* owner, std::vector<std::string> paths) {
+        propertiesShow(paths, context, owner);
     };
     return true;
 }();

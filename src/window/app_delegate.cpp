@@ -87,9 +87,9 @@ DesktopRequests AppDelegate::desktopRequests()
         for (auto& [folder, inFolder] : desktopItemsByFolder(items))
             openFolder(folder, std::move(inFolder));
     };
-    requests.showProperties = [](std::vector<std::string> items) {
+    requests.showProperties = [this](std::vector<std::string> items) {
         if (windowHooks().showProperties)
-            windowHooks().showProperties(std::move(items));
+            windowHooks().showProperties(m_context, this, std::move(items));
     };
     requests.open = [this](std::vector<std::string> folders, ViewMode mode) {
         if (folders.empty())

@@ -13,6 +13,7 @@
 class BrondelWindow;
 class BrowserFrame;
 class QMenu;
+class QObject;
 class QWidget;
 struct BrowserContext;
 
@@ -27,8 +28,8 @@ struct WindowHooks {
     std::function<void(QWidget*, const std::string&)> openFile;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
-    // Opens the Properties window of each path.
-    std::function<void(std::vector<std::string>)> showProperties;
+    // Opens the Properties window of each path; `owner` bounds the windows' life.
+    std::function<void(const BrowserContext&, QObject* owner, std::vector<std::string>)> showProperties;
 };
 
 // The process's hooks.
