@@ -32,8 +32,9 @@ LaunchProcess launchProcessChoice(const Args& fullArgs);
 // else list.
 ViewMode launchViewMode(const Args& fullArgs);
 
-// Turns a path argument into a folder to open: "~" expanded, made absolute against
-// `cwd`, "." and ".." resolved as text; an existing non-folder gives its parent.
+// Turns a path argument into a folder to open: a local file:// URI (what launchers pass
+// for the desktop entry's %U) decoded, "~" expanded, made absolute against `cwd`, "."
+// and ".." resolved as text; an existing non-folder gives its parent.
 std::string launchExpandPath(const std::string& arg, const std::string& cwd);
 
 // The process's arguments without the program path, "-psn_" ones and "--view" pairs.

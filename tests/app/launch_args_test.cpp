@@ -85,6 +85,11 @@ TEST(LaunchArgs, PathsBecomeFolders)
         {"/..", "/"},
         {"~", testHome()},
         {"~/x", testHome() + "/x"},
+        // Launchers hand over file URIs (the desktop entry's %U).
+        {"file://" + cwd + "/dir", cwd + "/dir"},
+        {"file://" + cwd + "/dir/a.txt", cwd + "/dir"},
+        {"file://localhost" + cwd + "/dir/", cwd + "/dir"},
+        {"file://" + cwd + "/with%20space", cwd + "/with space"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(launchExpandPath(c.arg, cwd), c.expected) << c.arg;
