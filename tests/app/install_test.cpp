@@ -142,6 +142,13 @@ TEST_F(Install, BecomesTheDefaultForFolders)
     std::string out;
     EXPECT_EQ(testRun(env + "xdg-mime query default inode/directory", &out), 0);
     EXPECT_EQ(out, "brondel.desktop\n");
+    // xdg-open of a folder now starts the installed Brondel (its window grabbed and closed).
+    const std::string shot = s_tree->path("xdg-open.png");
+    EXPECT_EQ(testRun(env + "PATH='" + s_prefix + "/bin':\"$PATH\" DISPLAY=:99 QT_QPA_PLATFORM=offscreen "
+                          "BRONDEL_SCREENSHOT='" + shot + "' timeout 20 env -u DBUS_SESSION_BUS_ADDRESS xdg-open '"
+                          + s_tree->dir("config") + "'"),
+              0);
+    EXPECT_GT(pngSize(shot).first, 0u);
 }
 
 } // namespace
