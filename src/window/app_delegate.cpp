@@ -152,6 +152,10 @@ void AppDelegate::scheduleScreenshot(const QString& file)
 {
     QTimer::singleShot(1500, this, [this, file] {
         auto open = windows();
+        if (open.empty() && !m_openAtLaunch) { // a start by the bus: wait for the window asked for
+            scheduleScreenshot(file);
+            return;
+        }
         if (!open.empty())
             open.back()->grab().save(file);
         QApplication::quit();
