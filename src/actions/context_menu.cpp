@@ -5,6 +5,7 @@
 #include "actions/workspace.h"
 #include "views/content_view.h"
 #include "actions/management_windows.h"
+#include "actions/properties_window.h"
 #include "config/palette.h"
 #include "window/brondel_window.h"
 #include "services/scan_service.h"
@@ -191,6 +192,10 @@ void contextFill(QMenu& menu, BrondelWindow& pane, const DirNode& node, MenuForm
             [](BrondelWindow& p, const MenuPayload& m) { FileActions::paste(p, m.path); });
     item(menu, QObject::tr("Move to Trash"), pane, payload,
         [](BrondelWindow& p, const MenuPayload& m) { ContextActions::trash(p, {m.path}); });
+    menu.addSeparator();
+    item(menu, QObject::tr("Properties\u2026"), pane, payload, [](BrondelWindow& p, const MenuPayload& m) {
+        propertiesShow({m.path}, p.context(), p.window());
+    });
 }
 
 void ctxFavoritesItems(QMenu& menu, BrondelWindow& pane, const std::string& path)

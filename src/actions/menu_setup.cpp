@@ -5,6 +5,7 @@
 #include "actions/context_actions.h"
 #include "actions/context_menu.h"
 #include "actions/management_windows.h"
+#include "actions/properties_window.h"
 #include "actions/settings_actions.h"
 #include "actions/workspace.h"
 #include "config/peek_order.h"
@@ -191,6 +192,9 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
             ContextActions::copyPath(joined);
     });
     file->addAction(frame->previewAction()); // the window's own action: Space stays one shortcut
+    item(file, QObject::tr("Properties\u2026"), Shortcut::Properties, "info.circle", frame, [frame] {
+        propertiesShow(targets(frame), frame->context(), frame);
+    });
     QAction* trash = item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
     trash->setShortcuts({shortcutKeys(Shortcut::Trash), shortcutKeys(Shortcut::TrashKey)});
     file->addSeparator();

@@ -5,6 +5,7 @@
 #include "actions/context_menu.h"
 #include "actions/file_actions.h"
 #include "actions/menu_setup.h"
+#include "actions/properties_window.h"
 #include "actions/settings_actions.h"
 #include "window/window_hooks.h"
 
@@ -30,6 +31,9 @@ const bool g_installed = [] {
         SettingsActions::sortByColumn(context, key);
     };
     hooks.peekOrderChanged = [] { MenuSetup::refreshPeekStyle(); };
+    hooks.showProperties = [](const BrowserContext& context, QObject* owner, std::vector<std::string> paths) {
+        propertiesShow(paths, context, owner);
+    };
     return true;
 }();
 

@@ -1,5 +1,6 @@
 #include "app/launch_args.h"
 
+#include "app/desktop_bus.h"
 #include "config/config_text.h"
 #include "fs/file_io.h"
 #include "fs/paths.h"
@@ -23,7 +24,7 @@ Args launchStripFlags(const Args& args)
             ++i; // skip its value, whatever it is
             continue;
         }
-        if (args[i] == "--new-process" || args[i] == "--service" || args[i] == "--slow" || args[i] == "--no-anim")
+        if (args[i] == "--new-process" || args[i] == "--service")
             continue;
         out.push_back(args[i]);
     }
@@ -107,6 +108,9 @@ std::string standardize(const std::string& absolute)
 std::string launchExpandPath(const std::string& arg, const std::string& cwd)
 {
     std::string path = expandTilde(arg);
+    if (arg.starts_with("file:"))
+        if (auto local = desktopUriToPath(QString::fromUtf8(arg.data(), qsizetype(arg.size()))))
+            path = std::move(*local);
     if (!path.starts_with('/'))
         path = cwd + "/" + path;
     path = standardize(path);

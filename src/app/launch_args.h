@@ -13,8 +13,8 @@ using Args = std::vector<std::string>;
 Args launchStripPlatformArgs(const Args& args);
 
 // Removes each "--view" together with the argument after it (a trailing "--view" alone),
-// the process flags "--new-process" and "--service", and the Peek animation flags
-// "--slow" and "--no-anim".
+// and the process flags "--new-process" and "--service". The Peek flags "--slow" and
+// "--no-anim" stay: they are read from the full list (launchPeekAnimation).
 Args launchStripFlags(const Args& args);
 
 // Which process a GUI launch runs in.
@@ -43,8 +43,9 @@ struct PeekAnimationFlags {
 };
 PeekAnimationFlags launchPeekAnimation(const Args& fullArgs);
 
-// Turns a path argument into a folder to open: "~" expanded, made absolute against
-// `cwd`, "." and ".." resolved as text; an existing non-folder gives its parent.
+// Turns a path argument into a folder to open: a local file:// URI (what launchers pass
+// for the desktop entry's %U) decoded, "~" expanded, made absolute against `cwd`, "."
+// and ".." resolved as text; an existing non-folder gives its parent.
 std::string launchExpandPath(const std::string& arg, const std::string& cwd);
 
 // The process's arguments without the program path, "-psn_" ones and "--view" pairs.

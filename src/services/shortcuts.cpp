@@ -10,6 +10,7 @@ QKeySequence shortcutKeys(Shortcut shortcut)
     case Shortcut::Open: return QKeySequence(Qt::CTRL | Qt::Key_O);
     case Shortcut::Reveal: return QKeySequence(Qt::CTRL | Qt::Key_R);
     case Shortcut::CopyPath: return QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_C);
+    case Shortcut::Properties: return QKeySequence(Qt::ALT | Qt::Key_Return);
     case Shortcut::Trash: return QKeySequence(Qt::CTRL | Qt::Key_Backspace);
     case Shortcut::AddToFavorites: return QKeySequence(Qt::META | Qt::CTRL | Qt::Key_T);
     case Shortcut::CloseWindow: return QKeySequence(Qt::CTRL | Qt::Key_W);

@@ -14,6 +14,7 @@ enum class Shortcut {
     Open,
     Reveal,
     CopyPath,
+    Properties,
     Trash,
     AddToFavorites,
     CloseWindow,

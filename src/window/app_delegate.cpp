@@ -88,9 +88,9 @@ DesktopRequests AppDelegate::desktopRequests()
         for (auto& [folder, inFolder] : desktopItemsByFolder(items))
             openFolder(folder, std::move(inFolder));
     };
-    requests.showProperties = [](std::vector<std::string> items) {
+    requests.showProperties = [this](std::vector<std::string> items) {
         if (windowHooks().showProperties)
-            windowHooks().showProperties(std::move(items));
+            windowHooks().showProperties(m_context, this, std::move(items));
     };
     requests.open = [this](std::vector<std::string> folders, ViewMode mode) {
         if (folders.empty())
@@ -153,6 +153,10 @@ void AppDelegate::scheduleScreenshot(const QString& file)
 {
     QTimer::singleShot(1500, this, [this, file] {
         auto open = windows();
+        if (open.empty() && !m_openAtLaunch) { // a start by the bus: wait for the window asked for
+            scheduleScreenshot(file);
+            return;
+        }
         if (!open.empty())
             open.back()->grab().save(file);
         QApplication::quit();

@@ -13,6 +13,7 @@
 class BrondelWindow;
 class BrowserFrame;
 class QMenu;
+class QObject;
 class QWidget;
 struct BrowserContext;
 
@@ -31,8 +32,8 @@ struct WindowHooks {
     std::function<void(BrondelWindow&, std::vector<std::string> paths, const std::string& folder)> drop;
     // A click on a list column header: sort by that key (again: the other direction).
     std::function<void(const BrowserContext&, const std::string&)> sortByColumn;
-    // Opens the Properties window of each path.
-    std::function<void(std::vector<std::string>)> showProperties;
+    // Opens the Properties window of each path; `owner` bounds the windows' life.
+    std::function<void(const BrowserContext&, QObject* owner, std::vector<std::string>)> showProperties;
     // The order of the Peek styles was saved: rebuild the Peek Style menus.
     std::function<void()> peekOrderChanged;
 };

@@ -92,9 +92,9 @@ QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
     return {};
 }
 
-const QString kFileMenu = QStringLiteral("Open|-|Reveal in File Manager|Copy Path|-|Move to Trash");
-const QString kFolderMenu = QStringLiteral(
-    "Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to Sidebar|Add to Favorites|-|Move to Trash");
+const QString kFileMenu = QStringLiteral("Open|-|Reveal in File Manager|Copy Path|-|Move to Trash|-|Properties\u2026");
+const QString kFolderMenu = QStringLiteral("Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to "
+                                           "Sidebar|Add to Favorites|-|Move to Trash|-|Properties\u2026");
 const QString kSectionMenu = QStringLiteral(
     "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|Color|-|New Section\u2026|Remove Section");
 const QString kBackgroundMenu = QStringLiteral(
@@ -350,13 +350,13 @@ private slots:
         QTest::newRow("file, compact") << "/w/d.txt" << false << true
                                        << "Open|-|Reveal in File Manager|Copy Path" << "";
         QTest::newRow("folder in no section")
-            << "/elsewhere" << true << false << head + "|-|Add to Sidebar|Add to Favorites|-|Move to Trash"
+            << "/elsewhere" << true << false << head + "|-|Add to Sidebar|Add to Favorites|-|Move to Trash|-|Properties\u2026"
             << "Favorites|Work|-|New Section\u2026";
         QTest::newRow("folder in no section, compact") << "/elsewhere" << true << true << head << "";
         QTest::newRow("folder in Work")
             << "/w1" << true << false
             << head + "|-|Add to Sidebar|Move to Section|Move Up in Favorites|Move Down in Favorites|"
-                      "Remove from Favorites|-|Move to Trash"
+                      "Remove from Favorites|-|Move to Trash|-|Properties\u2026"
             << "Favorites|-|New Section\u2026";
         QTest::newRow("folder in Work, compact") << "/w1" << true << true << head << "";
     }

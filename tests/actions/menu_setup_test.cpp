@@ -103,7 +103,7 @@ private slots:
                                             "Manage Favorites\u2026=", "-", "Quit Brondel=Ctrl+Q"};
         QTest::newRow("file") << "&File"
                               << QStringList{"New Window=Ctrl+N", "-", "New Folder=Ctrl+Shift+N", "Open=Ctrl+O",
-                                     reveal + "=Ctrl+R", "Copy Path=Ctrl+Alt+C", "Preview=Space", "Move to Trash=Ctrl+Backspace",
+                                     reveal + "=Ctrl+R", "Copy Path=Ctrl+Alt+C", "Preview=Space", "Properties\u2026=Alt+Return", "Move to Trash=Ctrl+Backspace",
                                      "-", "Add to Favorites=Meta+Ctrl+T", "Remove from Favorites=", "-",
                                      "Close Window=Ctrl+W"};
         QTest::newRow("edit") << "&Edit" << QStringList{"Undo=Ctrl+Z", "Redo=Ctrl+Shift+Z", "-", "Cut=Ctrl+X",

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <unistd.h>
@@ -101,6 +102,26 @@ TEST(DesktopBus, HandOverGivesUpWithinItsWait)
         EXPECT_FALSE(desktopHandOver(QString::fromStdString(c.address), {"/tmp"}, ViewMode::List, 300ms)) << c.name;
         EXPECT_LT(Clock::now() - start, 2s) << c.name;
     }
+}
+
+// A bus that answers the start-up knock and then falls silent: the launch gives up its
+// hand-over after its wait, runs alone (its window grabbed, then it quits), and exits.
+TEST(DesktopBus, ALaunchOnABusThatStopsAnsweringRunsAlone)
+{
+    FakeSessionBus halfDead({}, std::nullopt, "OK 0123456789abcdef0123456789abcdef\r\n");
+    const std::string shot = testHome() + "/alone.png";
+    const char* slow = std::getenv("BRONDEL_TEST_SLOWDOWN"); // instrumented builds run slower
+    const int slowdown = std::max(1, slow ? std::atoi(slow) : 1);
+    const auto start = Clock::now();
+    std::string out, err;
+    EXPECT_EQ(testRun("env DBUS_SESSION_BUS_ADDRESS='" + halfDead.address() + "' QT_QPA_PLATFORM=offscreen "
+                          "BRONDEL_SCREENSHOT='" + shot + "' timeout 30 '" + testBrondel() + "' '" + testHome() + "'",
+                      &out, &err),
+              0)
+        << err;
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(8 * slowdown));
+    EXPECT_EQ(::access(shot.c_str(), F_OK), 0);
+    EXPECT_GE(halfDead.accepted(), 2); // the knock, then the hand-over's connection
 }
 
 TEST(DesktopBus, NoBrondelOnALiveBusAnswersAtOnce)

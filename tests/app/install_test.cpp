@@ -132,6 +132,29 @@ TEST_F(Install, RunsFromAMovedPrefix)
     EXPECT_GT(pngSize(shot).first, 0u);
 }
 
+// A call to the file-manager service on a bus that finds the installed activation file
+// starts the installed binary, which then opens the window asked for.
+TEST_F(Install, IsStartedByTheBus)
+{
+    if (!haveTool("dbus-run-session") || !haveTool("gdbus"))
+        GTEST_SKIP() << "dbus or gdbus is not installed";
+    const std::string folder = s_tree->dir("asked-for");
+    const std::string shot = s_tree->path("activated.png");
+    // The service grabs its window once it has one and quits; the session ends after
+    // (the wait is bounded by the timeout around the session).
+    const std::string script = s_tree->file(
+        "ask.sh", "gdbus call --session --dest org.freedesktop.FileManager1 --object-path "
+                  "/org/freedesktop/FileManager1 --method org.freedesktop.FileManager1.ShowFolders \"['file://"
+            + folder + "']\" '' >/dev/null || exit 1\nuntil [ -s '" + shot + "' ]; do sleep 0.1; done\n");
+    std::string out, err;
+    EXPECT_EQ(testRun("env XDG_DATA_DIRS='" + s_prefix + "/share:/usr/share' QT_QPA_PLATFORM=offscreen "
+                          "BRONDEL_SCREENSHOT='" + shot + "' timeout 60 dbus-run-session -- sh '" + script + "'",
+                      &out, &err),
+              0)
+        << out << err;
+    EXPECT_GT(pngSize(shot).first, 0u) << err;
+}
+
 TEST_F(Install, BecomesTheDefaultForFolders)
 {
     if (!haveTool("xdg-mime"))
@@ -142,6 +165,13 @@ TEST_F(Install, BecomesTheDefaultForFolders)
     std::string out;
     EXPECT_EQ(testRun(env + "xdg-mime query default inode/directory", &out), 0);
     EXPECT_EQ(out, "brondel.desktop\n");
+    // xdg-open of a folder now starts the installed Brondel (its window grabbed and closed).
+    const std::string shot = s_tree->path("xdg-open.png");
+    EXPECT_EQ(testRun(env + "PATH='" + s_prefix + "/bin':\"$PATH\" DISPLAY=:99 QT_QPA_PLATFORM=offscreen "
+                          "BRONDEL_SCREENSHOT='" + shot + "' timeout 20 env -u DBUS_SESSION_BUS_ADDRESS xdg-open '"
+                          + s_tree->dir("config") + "'"),
+              0);
+    EXPECT_GT(pngSize(shot).first, 0u);
 }
 
 } // namespace

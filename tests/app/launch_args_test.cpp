@@ -25,8 +25,10 @@ TEST(LaunchArgs, StrippingAndViewMode)
         {{"brondel", "--view=2", "/a"}, {"--view=2", "/a"}, ViewMode::List},
         {{"brondel", "--view", "2", "list"}, {"list"}, ViewMode::List},
         {{"brondel", "-psn_0_12345", "/a", "-psn_x"}, {"/a"}, ViewMode::List},
-        {{"brondel", "--slow"}, {}, ViewMode::List},
-        {{"brondel", "/a", "--no-anim", "--view", "4", "--slow", "/b"}, {"/a", "/b"}, ViewMode::Peek},
+        // The Peek flags are read from the full list and stay in it, like any word the
+        // router does not know.
+        {{"brondel", "--slow"}, {"--slow"}, ViewMode::List},
+        {{"brondel", "/a", "--no-anim", "--view", "4", "--slow", "/b"}, {"/a", "--no-anim", "--slow", "/b"}, ViewMode::Peek},
         {{"brondel", "--slow=1", "--no-animation"}, {"--slow=1", "--no-animation"}, ViewMode::List},
     };
     for (const auto& c : cases) {
@@ -101,6 +103,11 @@ TEST(LaunchArgs, PathsBecomeFolders)
         {"/..", "/"},
         {"~", testHome()},
         {"~/x", testHome() + "/x"},
+        // Launchers hand over file URIs (the desktop entry's %U).
+        {"file://" + cwd + "/dir", cwd + "/dir"},
+        {"file://" + cwd + "/dir/a.txt", cwd + "/dir"},
+        {"file://localhost" + cwd + "/dir/", cwd + "/dir"},
+        {"file://" + cwd + "/with%20space", cwd + "/with space"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(launchExpandPath(c.arg, cwd), c.expected) << c.arg;

@@ -134,6 +134,24 @@ private slots:
         QCOMPARE(lastWindow()->activePane()->currentLocation(), m_tree->path("docs"));
     }
 
+    // The item's Properties window opens here, once however often it is asked for.
+    void showItemPropertiesOpensItsWindow()
+    {
+        const std::string b = m_tree->path("docs/b.txt");
+        auto propertiesOf = [](const std::string& path) {
+            int n = 0;
+            for (QWidget* w : QApplication::topLevelWidgets())
+                n += w->objectName() == QLatin1String("properties") && w->isVisible()
+                    && w->windowTitle().startsWith(QString::fromStdString(path.substr(path.rfind('/') + 1)));
+            return n;
+        };
+        QCOMPARE(gdbusCall("ShowItemProperties", {fileUri(b)}), 0);
+        QTRY_COMPARE(propertiesOf(b), 1);
+        QCOMPARE(gdbusCall("ShowItemProperties", {fileUri(b)}), 0);
+        QTest::qWait(200);
+        QCOMPARE(propertiesOf(b), 1);
+    }
+
     // A second launch with a folder (relative to its own working directory) hands it
     // over in its view mode and ends; the window opens here.
     void secondLaunchHandsOver()
