@@ -100,6 +100,15 @@ private slots:
         QCOMPARE(preview.shownKind(), PreviewKind::Image);
         QCOMPARE(preview.shownImageSize(), QSize(40, 30));
 
+        // Larger than any screen: decoded smaller, keeping its shape.
+        QImage wide(9000, 300, QImage::Format_RGB32);
+        wide.fill(Qt::blue);
+        const std::string huge = tree.path("wide.png");
+        QVERIFY(wide.save(QString::fromStdString(huge)));
+        QVERIFY(loadedPath(preview, huge));
+        QCOMPARE(preview.shownKind(), PreviewKind::Image);
+        QCOMPARE(preview.shownImageSize(), QSize(4096, 136));
+
         const std::string pdf = tree.file("paper.pdf", tinyPdf());
         QVERIFY(loadedPath(preview, pdf));
         if (PreviewWindow::pdfSupported()) {
