@@ -102,6 +102,31 @@ private slots:
         QVERIFY(changed.count() >= 3);
     }
 
+    void cancellingAConflictLeavesTheRestInTheTrash()
+    {
+        emptyHomeTrash();
+        TempTree tree;
+        const std::string a = tree.file("c/a.txt", "trashed a");
+        trashed(a);
+        trashed(tree.file("c/b.txt", "trashed b"));
+        tree.file("c/a.txt", "newer a");
+        TrashWindow window([] { return std::vector<std::string>{}; });
+        window.show();
+        window.reload();
+        QTRY_VERIFY(window.isLoaded());
+        window.list()->selectAll();
+        window.restoreSelected();
+        QVERIFY(window.isBusy());
+        QVERIFY(answer(window, false));
+        QTRY_VERIFY(!window.isBusy());
+        QCOMPARE(fileReadAll(a).value_or(""), "newer a");
+        // Nothing replaced, nothing restored under another name; the list is read again.
+        QVERIFY(!fileReadAll(tree.path("c/a 2.txt")));
+        QTRY_VERIFY(window.isLoaded() && !window.items().empty());
+        QVERIFY(!trashListAll({}).empty());
+        emptyHomeTrash();
+    }
+
     void sidebarShowsTheTrashAndItsState()
     {
         emptyHomeTrash();
