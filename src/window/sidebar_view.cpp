@@ -225,7 +225,7 @@ void SidebarView::reload()
     });
     // Whether the Trash holds anything: its folders on every mounted volume are looked
     // at, so this is a read of its own too.
-    m_scans->submit(this, [this, gen]() -> std::function<void()> {
+    m_trashCheck.submit(this, [this, gen]() -> std::function<void()> {
         const bool full = trashHasItems(trashVolumeTopdirs());
         return [this, gen, full] {
             if (gen != m_generation)
