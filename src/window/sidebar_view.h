@@ -57,6 +57,7 @@ public:
 signals:
     void locationChosen(const std::string& path);
     void trashChosen();
+    void emptyTrashChosen();
     // Whether the Trash holds anything, after each reload.
     void trashStateChanged(bool full);
     // A drive action failed; what to tell the user.

@@ -11,6 +11,7 @@
 #include "window/sidebar_view.h"
 #include "window/trash_window.h"
 
+#include <QMenu>
 #include <QPushButton>
 #include <QTreeWidget>
 
@@ -150,7 +151,18 @@ private slots:
         QSignalSpy chosen(sidebar, &SidebarView::trashChosen);
         emit sidebar->itemClicked(sidebar->trashRow(), 0);
         QCOMPARE(chosen.count(), 1);
-        emptyHomeTrash();
+        sidebar->scrollToItem(sidebar->trashRow());
+        std::unique_ptr<QMenu> menu = sidebar->menuAt(sidebar->visualItemRect(sidebar->trashRow()).center());
+        QVERIFY(menu);
+        QCOMPARE(menu->actions().size(), 2);
+        QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("Empty Trash…"));
+        QVERIFY(menu->actions().at(1)->isEnabled());
+
+        // Emptying from the menu asks once the list is in, then empties.
+        TrashWindow window([] { return std::vector<std::string>{}; });
+        window.emptyWhenLoaded();
+        QVERIFY(answer(window, true));
+        QTRY_VERIFY(!trashHasItems({}));
     }
 };
 
