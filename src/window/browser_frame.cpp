@@ -53,6 +53,8 @@ BrowserFrame::BrowserFrame(DirNodePtr rootNode, RootKind kind, const BrowserCont
     connect(m_sidebar, &SidebarView::locationChosen, this, &BrowserFrame::navigateTo);
     connect(m_sidebar, &SidebarView::trashStateChanged, m_toolbar, &BrowserToolbar::setTrashFull);
     connect(m_sidebar, &SidebarView::trashChosen, this, [] { TrashWindow::showShared(brondelRefreshAll); });
+    connect(m_sidebar, &SidebarView::emptyTrashChosen, this,
+        [] { TrashWindow::showShared(brondelRefreshAll)->emptyWhenLoaded(); });
     connect(m_sidebar, &SidebarView::diskFailed, this, [this](const QString& text) {
         auto* box = new QMessageBox(QMessageBox::Warning, tr("Drive"), text, QMessageBox::Ok, this);
         box->setAttribute(Qt::WA_DeleteOnClose);

@@ -56,6 +56,7 @@ namespace {
 constexpr int kMaxPages = 10;
 constexpr int kPageWidth = 560;
 constexpr int kGap = 8;
+constexpr int kMaxImageSide = 4096;
 
 QString decode(const std::string& bytes) { return QFile::decodeName(QByteArray::fromStdString(bytes)); }
 
@@ -112,6 +113,11 @@ void loadImage(PreviewResult& result, const std::string& bytes)
     buffer.seek(0);
     QImageReader still(&buffer);
     still.setAutoTransform(true);
+    // A camera's 50-megapixel photo would pass Qt's decoding limit, and no screen shows
+    // it whole anyway: larger images are decoded straight to a smaller size.
+    const QSize full = still.size();
+    if (full.width() > kMaxImageSide || full.height() > kMaxImageSide)
+        still.setScaledSize(full.scaled(kMaxImageSide, kMaxImageSide, Qt::KeepAspectRatio));
     result.image = still.read();
     if (result.image.isNull())
         result.kind = PreviewKind::Other;

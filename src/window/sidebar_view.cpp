@@ -120,9 +120,10 @@ std::unique_ptr<QMenu> SidebarView::menuAt(QPoint pos)
     auto menu = std::make_unique<QMenu>(this);
     if (const UdisksVolume* volume = volumeOf(item))
         addDiskActions(*menu, *volume);
-    if (item->data(0, kTrashRole).toBool())
+    if (item->data(0, kTrashRole).toBool()) {
         menu->addAction(tr("Open Trash"), this, &SidebarView::trashChosen);
-    else if (m_menuFill && !item->data(0, kDiskRole).isValid())
+        menu->addAction(tr("Empty Trash…"), this, &SidebarView::emptyTrashChosen)->setEnabled(m_trashFull);
+    } else if (m_menuFill && !item->data(0, kDiskRole).isValid())
         m_menuFill(*menu, pathOf(item), kindOf(item));
     if (menu->isEmpty())
         return nullptr;
@@ -225,7 +226,7 @@ void SidebarView::reload()
     });
     // Whether the Trash holds anything: its folders on every mounted volume are looked
     // at, so this is a read of its own too.
-    m_scans->submit(this, [this, gen]() -> std::function<void()> {
+    m_trashCheck.submit(this, [this, gen]() -> std::function<void()> {
         const bool full = trashHasItems(trashVolumeTopdirs());
         return [this, gen, full] {
             if (gen != m_generation)

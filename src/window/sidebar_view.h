@@ -5,6 +5,7 @@
 // opens the menu the window fills for the row; the top section's rows are reordered by
 // dragging them, which the window writes to the sidebar file.
 
+#include "services/background_work.h"
 #include "services/core_bridge.h"
 #include "services/udisks_client.h"
 
@@ -56,6 +57,7 @@ public:
 signals:
     void locationChosen(const std::string& path);
     void trashChosen();
+    void emptyTrashChosen();
     // Whether the Trash holds anything, after each reload.
     void trashStateChanged(bool full);
     // A drive action failed; what to tell the user.
@@ -94,5 +96,8 @@ private:
     std::vector<BridgeDrive> m_drives;
     QTimer m_badgeCheck;
     bool m_trashFull = false;
+    // Looking into every volume's trash may wait on a slow drive: on a thread of its own,
+    // never one that folder reads need.
+    BackgroundWork m_trashCheck{1, WorkClass::Utility};
     QPointer<UdisksClient> m_disks;
 };

@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <chrono>
+#include <utility>
 #include <cerrno>
 
 namespace {
@@ -117,6 +118,8 @@ void TrashWindow::reload()
             m_items = std::move(*items);
             m_loaded = true;
             fill();
+            if (std::exchange(m_emptyPending, false))
+                emptyTrash();
         };
     });
 }
@@ -251,6 +254,12 @@ void TrashWindow::emptyTrash()
     ask(tr("Empty the Trash? All %n item(s) will be deleted permanently. This cannot be undone.", nullptr,
             int(m_items.size())),
         tr("Empty Trash"), [this] { eraseAll(m_items); });
+}
+
+void TrashWindow::emptyWhenLoaded()
+{
+    m_emptyPending = true;
+    reload();
 }
 
 void TrashWindow::eraseAll(std::vector<TrashItem> items)

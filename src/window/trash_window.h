@@ -49,6 +49,8 @@ public:
     void restoreSelected();
     void deleteSelected();
     void emptyTrash();
+    // Asks to empty the Trash once the list being read has landed.
+    void emptyWhenLoaded();
 
 signals:
     // After a change to the Trash: the windows refresh their sidebars and trash icons.
@@ -68,6 +70,7 @@ private:
     int m_generation = 0;
     bool m_loaded = false;
     bool m_busy = false;
+    bool m_emptyPending = false;
     std::vector<TrashItem> m_items;
     std::shared_ptr<std::atomic<bool>> m_stop;
     QTreeWidget* m_list = nullptr;

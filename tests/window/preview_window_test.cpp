@@ -44,6 +44,17 @@ std::string tinyPdf()
     return pdf;
 }
 
+// A 1×1 GIF of two frames that loops: an animation.
+std::string twoFrameGif()
+{
+    std::string gif("GIF89a\x01\x00\x01\x00\x80\x00\x00" "\x00\x00\x00\xff\xff\xff", 19);
+    gif += std::string("\x21\xff\x0bNETSCAPE2.0\x03\x01\x00\x00\x00", 19);
+    const std::string frame("\x21\xf9\x04\x00\x0a\x00\x00\x00"
+                            "\x2c\x00\x00\x00\x00\x01\x00\x01\x00\x00"
+                            "\x02\x02\x44\x01\x00", 23);
+    return gif + frame + frame + ";";
+}
+
 std::atomic<int> g_slowOpens{0};
 
 // Opens of a file called "slow…" take a while, as on a sluggish drive.
@@ -99,6 +110,20 @@ private slots:
         QVERIFY(loadedPath(preview, png));
         QCOMPARE(preview.shownKind(), PreviewKind::Image);
         QCOMPARE(preview.shownImageSize(), QSize(40, 30));
+
+        QVERIFY(loadedPath(preview, tree.file("spinner.gif", twoFrameGif())));
+        QCOMPARE(preview.shownKind(), PreviewKind::Image);
+        QVERIFY(preview.playsMovie());
+        QCOMPARE(preview.shownImageSize(), QSize(1, 1));
+
+        // Larger than any screen: decoded smaller, keeping its shape.
+        QImage wide(9000, 300, QImage::Format_RGB32);
+        wide.fill(Qt::blue);
+        const std::string huge = tree.path("wide.png");
+        QVERIFY(wide.save(QString::fromStdString(huge)));
+        QVERIFY(loadedPath(preview, huge));
+        QCOMPARE(preview.shownKind(), PreviewKind::Image);
+        QCOMPARE(preview.shownImageSize(), QSize(4096, 136));
 
         const std::string pdf = tree.file("paper.pdf", tinyPdf());
         QVERIFY(loadedPath(preview, pdf));

@@ -11,6 +11,7 @@
 #include "window/sidebar_view.h"
 #include "window/trash_window.h"
 
+#include <QMenu>
 #include <QPushButton>
 #include <QTreeWidget>
 
@@ -102,6 +103,31 @@ private slots:
         QVERIFY(changed.count() >= 3);
     }
 
+    void cancellingAConflictLeavesTheRestInTheTrash()
+    {
+        emptyHomeTrash();
+        TempTree tree;
+        const std::string a = tree.file("c/a.txt", "trashed a");
+        trashed(a);
+        trashed(tree.file("c/b.txt", "trashed b"));
+        tree.file("c/a.txt", "newer a");
+        TrashWindow window([] { return std::vector<std::string>{}; });
+        window.show();
+        window.reload();
+        QTRY_VERIFY(window.isLoaded());
+        window.list()->selectAll();
+        window.restoreSelected();
+        QVERIFY(window.isBusy());
+        QVERIFY(answer(window, false));
+        QTRY_VERIFY(!window.isBusy());
+        QCOMPARE(fileReadAll(a).value_or(""), "newer a");
+        // Nothing replaced, nothing restored under another name; the list is read again.
+        QVERIFY(!fileReadAll(tree.path("c/a 2.txt")));
+        QTRY_VERIFY(window.isLoaded() && !window.items().empty());
+        QVERIFY(!trashListAll({}).empty());
+        emptyHomeTrash();
+    }
+
     void sidebarShowsTheTrashAndItsState()
     {
         emptyHomeTrash();
@@ -125,7 +151,18 @@ private slots:
         QSignalSpy chosen(sidebar, &SidebarView::trashChosen);
         emit sidebar->itemClicked(sidebar->trashRow(), 0);
         QCOMPARE(chosen.count(), 1);
-        emptyHomeTrash();
+        sidebar->scrollToItem(sidebar->trashRow());
+        std::unique_ptr<QMenu> menu = sidebar->menuAt(sidebar->visualItemRect(sidebar->trashRow()).center());
+        QVERIFY(menu);
+        QCOMPARE(menu->actions().size(), 2);
+        QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("Empty Trash…"));
+        QVERIFY(menu->actions().at(1)->isEnabled());
+
+        // Emptying from the menu asks once the list is in, then empties.
+        TrashWindow window([] { return std::vector<std::string>{}; });
+        window.emptyWhenLoaded();
+        QVERIFY(answer(window, true));
+        QTRY_VERIFY(!trashHasItems({}));
     }
 };
 
