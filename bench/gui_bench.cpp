@@ -8,6 +8,7 @@
 // One view per process, so that the peak memory is that of one open view. bench/run
 // runs it for the 100,000- and the 1,000,000-entry folders.
 
+#include "bench_window.h"
 #include "config/brondel_settings.h"
 #include "sizes/info_notifier.h"
 #include "views/node_tree_model.h"
@@ -57,10 +58,7 @@ private:
 
 void spin(int milliseconds)
 {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < milliseconds)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    benchSpin(milliseconds);
 }
 
 QAbstractItemView* itemView(BrondelWindow* pane)
@@ -117,25 +115,9 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     iconsInstallTheme();
 
-    BrondelSettings settings;
-    ScanService scans(4);
-    BrowserContext context;
-    context.scans = &scans;
-    context.settings = &settings;
-    context.animate = false;
-    context.pinnedNodes = [] { return std::vector<DirNodePtr>(); };
-    context.recentsNote = [](const std::string&) {};
-
-    auto root = DirNode::make();
-    root->path = "/tmp";
-    root->name = "tmp";
-    root->isDir = true;
-    BrowserFrame frame(root, RootKind::Folder, context);
-    frame.setAttribute(Qt::WA_DeleteOnClose, false);
-    frame.resize(1000, 650);
-    frame.show();
-    BrondelWindow* pane = frame.activePane();
-    pane->rebuildMode(columns ? ViewMode::Column : ViewMode::List);
+    BenchWindow window(columns ? ViewMode::Column : ViewMode::List);
+    BrowserFrame& frame = *window.frame;
+    BrondelWindow* pane = window.pane();
     spin(300);
     const double baseline = residentMb();
     Heartbeat beat;
