@@ -329,6 +329,7 @@ void MenuSetup::install(BrowserFrame* frame)
         [frame] { frame->isMaximized() ? frame->showNormal() : frame->showMaximized(); });
 
     sidebarMenus(frame);
+    FileActions::warmUp(frame->context());
     textFieldKeysInstall();
     refreshPeekStyle();
 }
