@@ -97,17 +97,30 @@ bool fileMakeDirs(const std::string& dir)
     return false;
 }
 
-std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode, TempMode how)
+std::string fileTempName(const std::string& path)
 {
     // A unique temporary name in the same directory, so the rename stays on one device.
     // The pid in the name tells a later writer whether this one is still at work.
     static std::atomic<unsigned> counter{0};
+    auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
+    std::string suffix = ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-"
+        + std::to_string(stamp & 0xffffff);
+    // A long name is shortened so that the temporary's still fits in one component; only
+    // the suffix identifies it, so the cut may fall anywhere.
+    const size_t slash = path.rfind('/');
+    const size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+    const size_t keep = NAME_MAX - suffix.size();
+    if (path.size() - nameStart > keep)
+        return path.substr(0, nameStart + keep) + suffix;
+    return path + suffix;
+}
+
+std::optional<std::string> fileWriteTemp(const std::string& path, std::string_view text, mode_t mode, TempMode how)
+{
     std::string temp;
     int fd = -1;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-        auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
-        temp = path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-"
-            + std::to_string(stamp & 0xffffff);
+        temp = fileTempName(path);
         fd = sysOpen(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode & 0666);
         if (fd < 0 && errno != EEXIST)
             return std::nullopt;

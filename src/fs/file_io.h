@@ -64,6 +64,11 @@ std::optional<std::string> fileWriteTemp(const std::string& path, std::string_vi
 // starts true. 0 or an errno; `tempUsed` is set once `temp` itself has become `target`.
 int filePlaceNew(const std::string& temp, const std::string& target, bool& linkable, bool& tempUsed);
 
+// A fresh temporary name beside `path` ("<path>.tmp-<pid>-<n>-<stamp>", the name part
+// shortened to fit NAME_MAX), which the stale-temp sweep recognises once its writer is
+// gone. Nothing is created.
+std::string fileTempName(const std::string& path);
+
 // Whether `name` is one of our temporaries ("<anything>.tmp-<pid>-<n>-<stamp>"); the pid
 // of its writer when it is.
 std::optional<pid_t> fileTempWriter(std::string_view name);

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <stdio.h>
+#include <sys/xattr.h>
 
 namespace {
 
@@ -10,10 +12,30 @@ int realOpen(const char* path, int flags, mode_t mode) { return ::open(path, fla
 int realOpenat(int dirfd, const char* path, int flags, mode_t mode) { return ::openat(dirfd, path, flags, mode); }
 int realFstatat(int dirfd, const char* path, struct stat* st, int flags) { return ::fstatat(dirfd, path, st, flags); }
 ssize_t realGetdents64(int fd, void* buf, size_t count) { return ::getdents64(fd, buf, count); }
+ssize_t realCopyFileRange(int inFd, off64_t* inOffset, int outFd, off64_t* outOffset, size_t length, unsigned flags)
+{
+    return ::copy_file_range(inFd, inOffset, outFd, outOffset, length, flags);
+}
+int realRenameat2(int fromDir, const char* from, int toDir, const char* to, unsigned flags)
+{
+    return ::renameat2(fromDir, from, toDir, to, flags);
+}
+int realFchmodat(int dirfd, const char* path, mode_t mode, int flags) { return ::fchmodat(dirfd, path, mode, flags); }
+int realUtimensat(int dirfd, const char* path, const struct timespec times[2], int flags)
+{
+    return ::utimensat(dirfd, path, times, flags);
+}
+ssize_t realFgetxattr(int fd, const char* name, void* value, size_t size) { return ::fgetxattr(fd, name, value, size); }
+int realFsetxattr(int fd, const char* name, const void* value, size_t size, int flags)
+{
+    return ::fsetxattr(fd, name, value, size, flags);
+}
 
 const SysCalls kReal = {
     realOpen, realOpenat, ::close, ::read, ::write, ::fsync, ::rename, ::link, ::unlink,
     ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64,
+    realCopyFileRange, realRenameat2, realFchmodat, realUtimensat, ::fchown, ::flistxattr, realFgetxattr,
+    realFsetxattr, ::symlink, ::fdatasync, ::rmdir, ::posix_fadvise,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

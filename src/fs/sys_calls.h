@@ -29,6 +29,21 @@ struct SysCalls {
     int (*fstat)(int fd, struct stat* st);
     // Reads directory entries of an open folder (struct dirent64 records); 0 at the end.
     ssize_t (*getdents64)(int fd, void* buf, size_t count);
+    // What the file operations need beyond reading: copying, renaming without
+    // replacing, keeping modes, times, owners and extended attributes.
+    ssize_t (*copy_file_range)(int inFd, off64_t* inOffset, int outFd, off64_t* outOffset, size_t length,
+                               unsigned flags);
+    int (*renameat2)(int fromDir, const char* from, int toDir, const char* to, unsigned flags);
+    int (*fchmodat)(int dirfd, const char* path, mode_t mode, int flags);
+    int (*utimensat)(int dirfd, const char* path, const struct timespec times[2], int flags);
+    int (*fchown)(int fd, uid_t owner, gid_t group);
+    ssize_t (*flistxattr)(int fd, char* list, size_t size);
+    ssize_t (*fgetxattr)(int fd, const char* name, void* value, size_t size);
+    int (*fsetxattr)(int fd, const char* name, const void* value, size_t size, int flags);
+    int (*symlink)(const char* target, const char* linkPath);
+    int (*fdatasync)(int fd);
+    int (*rmdir)(const char* path);
+    int (*fadvise)(int fd, off_t offset, off_t length, int advice); // 0 or an error number, like posix_fadvise
 };
 
 // The table in force (the real calls unless a test overrides them).

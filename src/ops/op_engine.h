@@ -51,9 +51,18 @@ struct OpStamp {
     bool operator==(const OpStamp&) const = default;
 };
 
-// One step an undo reverses: the item now at `to` came from `from` (for a copy and a new
-// folder `from` is empty; for a trash `to` is the item's place in the Trash).
+// What one step did, which says how to reverse it.
+enum class OpStepKind {
+    Moved,     // `from` was renamed or moved to `to`: moved back
+    Created,   // `to` is a copy (`from` its source): goes to the Trash
+    NewFolder, // `to` is a new folder: goes to the Trash while still empty
+    Trashed,   // `from` went to the Trash as `to`: comes back through its .trashinfo
+    Restored,  // `from` in the Trash came back as `to`: goes to the Trash again
+};
+
+// One step an undo reverses.
 struct OpStep {
+    OpStepKind kind = OpStepKind::Moved;
     std::string from;
     std::string to;
     OpStamp stamp; // of `to` right after the step

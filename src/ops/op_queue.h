@@ -39,6 +39,9 @@ public:
     // Jobs submitted and not yet finished.
     int activeJobs() const;
 
+    // The state shared with the background threads (opaque outside the queue).
+    struct Shared;
+
 signals:
     void jobQueued(OpJobId job, OpKind kind);
     void jobStarted(OpJobId job);
@@ -51,7 +54,6 @@ signals:
     void undoFinished(UndoOutcome outcome, const QString& text);
 
 private:
-    struct Shared;
     std::shared_ptr<Shared> m_shared;
 };
 
