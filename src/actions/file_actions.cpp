@@ -1,7 +1,6 @@
 #include "actions/file_actions.h"
 
 #include "actions/action_dialogs.h"
-#include "actions/context_actions.h"
 #include "actions/workspace.h"
 #include "fs/sys_calls.h"
 #include "services/drop_action.h"
@@ -198,9 +197,8 @@ void FileActions::run(const BrowserContext& context, QWidget* parent, const OpRe
     });
 }
 
-void FileActions::cut(BrowserFrame& frame)
+void FileActions::cut(const std::vector<std::string>& paths)
 {
-    const std::vector<std::string> paths = ContextActions::selectedPaths(frame);
     if (!paths.empty())
         workspaceCopyItems(paths, ClipboardIntent::Cut);
 }

@@ -19,8 +19,8 @@ struct BrowserContext;
 struct OpRequest;
 
 struct FileActions {
-    // Puts the frame's selected items on the clipboard, to be moved by the next paste.
-    static void cut(BrowserFrame& frame);
+    // Puts the items on the clipboard, to be moved by the next paste.
+    static void cut(const std::vector<std::string>& paths);
     // Copies or moves (after a cut) the clipboard's files into `folder`.
     static void paste(BrondelWindow& pane, const std::string& folder);
     // Files dropped into `folder`: the keys held now and whether the files share the
