@@ -4,6 +4,8 @@
 
 #include "actions/action_dialogs.h"
 #include "actions/file_actions.h"
+#include "actions/workspace.h"
+#include "ops/op_queue.h"
 #include "fs/file_io.h"
 #include "services/scan_service.h"
 #include "support/temp_tree.h"
@@ -74,6 +76,40 @@ MimeType=text/plain;
         // The system's own applications for text may follow ours.
         QCOMPARE(titles().mid(0, 2), (QStringList{"Copier", "Viewer"}));
         QCOMPARE(titles().mid(titles().size() - 2), (QStringList{"-", "Other Application\u2026"}));
+        ActionDialogs::current() = saved;
+    }
+
+    // Through the real file operations: a cut pasted moves, a rename renames, undo puts
+    // the name back, and a failed rename says why.
+    void cutPasteRenameAndUndo()
+    {
+        TempTree tree;
+        const std::string from = tree.file("from/report.txt", "data");
+        const std::string to = tree.dir("to");
+        TestContext t;
+        OpQueue queue;
+        t.context.ops = &queue;
+        std::vector<QString> alerts;
+        ActionDialogs saved = ActionDialogs::current();
+        ActionDialogs::current().alert = [&](QWidget*, const QString& text, const QString&) { alerts.push_back(text); };
+        auto pane = std::make_unique<BrondelWindow>(ScanService::scanListing(to, t.settings), RootKind::Folder, t.context);
+
+        FileActions::cut({from});
+        FileActions::paste(*pane, to);
+        QTRY_VERIFY_WITH_TIMEOUT(::access((to + "/report.txt").c_str(), F_OK) == 0, 10000);
+        QCOMPARE(::access(from.c_str(), F_OK), -1);
+        QVERIFY(!workspaceClipboardFiles()); // what was cut moves once
+
+        FileActions::rename(*pane, to + "/report.txt", "final.txt");
+        QTRY_VERIFY_WITH_TIMEOUT(::access((to + "/final.txt").c_str(), F_OK) == 0, 10000);
+        QTRY_VERIFY(queue.canUndo());
+        QCOMPARE(queue.undoText(), QStringLiteral("Undo Rename"));
+        FileActions::undo(t.context, nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(::access((to + "/report.txt").c_str(), F_OK) == 0, 10000);
+
+        FileActions::rename(*pane, to + "/missing.txt", "x.txt");
+        QTRY_COMPARE_WITH_TIMEOUT(alerts.size(), size_t(1), 10000);
+        QVERIFY(alerts[0].contains(QStringLiteral("missing.txt")));
         ActionDialogs::current() = saved;
     }
 };
