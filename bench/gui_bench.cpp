@@ -11,6 +11,7 @@
 // 100,000-entry one. "previews" fills the previews of a folder of images from an empty
 // thumbnail cache with THREADS threads and prints the time and the longest stall.
 
+#include "bench_window.h"
 #include "config/brondel_settings.h"
 #include "sizes/info_notifier.h"
 #include "views/icon_card_view.h"
@@ -66,10 +67,7 @@ private:
 
 void spin(int milliseconds)
 {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < milliseconds)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    benchSpin(milliseconds);
 }
 
 QAbstractItemView* itemView(BrondelWindow* pane)
@@ -216,25 +214,9 @@ int main(int argc, char** argv)
     if (std::string(argv[2]) == "previews")
         return previewsRun(folder, argc > 3 ? std::atoi(argv[3]) : 3);
 
-    BrondelSettings settings;
-    ScanService scans(4);
-    BrowserContext context;
-    context.scans = &scans;
-    context.settings = &settings;
-    context.animate = false;
-    context.pinnedNodes = [] { return std::vector<DirNodePtr>(); };
-    context.recentsNote = [](const std::string&) {};
-
-    auto root = DirNode::make();
-    root->path = "/tmp";
-    root->name = "tmp";
-    root->isDir = true;
-    BrowserFrame frame(root, RootKind::Folder, context);
-    frame.setAttribute(Qt::WA_DeleteOnClose, false);
-    frame.resize(1000, 650);
-    frame.show();
-    BrondelWindow* pane = frame.activePane();
-    pane->rebuildMode(icons ? ViewMode::Icon : columns ? ViewMode::Column : ViewMode::List);
+    BenchWindow window(icons ? ViewMode::Icon : columns ? ViewMode::Column : ViewMode::List);
+    BrowserFrame& frame = *window.frame;
+    BrondelWindow* pane = window.pane();
     if (icons)
         return iconsRun(frame, pane, folder);
     spin(300);

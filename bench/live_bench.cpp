@@ -4,9 +4,7 @@
 //
 //   live_bench WORK_DIR [COUNT]     (COUNT defaults to 10,000)
 
-#include "config/brondel_settings.h"
-#include "window/browser_frame.h"
-#include "services/scan_service.h"
+#include "bench_window.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -28,14 +26,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-void spin(int milliseconds)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < milliseconds)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-}
 
 int shownRows(BrondelWindow* pane)
 {
@@ -59,27 +49,13 @@ int main(int argc, char** argv)
     QDir().mkpath(QString::fromStdString(folder));
     QApplication app(argc, argv);
 
-    BrondelSettings settings;
-    ScanService scans(4);
-    BrowserContext context;
-    context.scans = &scans;
-    context.settings = &settings;
-    context.animate = false;
-    context.pinnedNodes = [] { return std::vector<DirNodePtr>(); };
-    context.recentsNote = [](const std::string&) {};
-    auto root = DirNode::make();
-    root->path = "/tmp";
-    root->name = "tmp";
-    root->isDir = true;
-    BrowserFrame frame(root, RootKind::Folder, context);
-    frame.resize(1000, 650);
-    frame.show();
-    BrondelWindow* pane = frame.activePane();
-    pane->rebuildMode(ViewMode::List);
+    BenchWindow window(ViewMode::List);
+    BrowserFrame& frame = *window.frame;
+    BrondelWindow* pane = window.pane();
     pane->navigateLocal(folder);
     while (pane->scanPendingGen())
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    spin(300); // the watch is in place
+    benchSpin(300); // the watch is in place
 
     std::atomic<int64_t> lastCreated{0};
     std::thread writer([&] {

@@ -1,6 +1,7 @@
 #include "actions/context_actions.h"
 
 #include "actions/action_dialogs.h"
+#include "actions/file_actions.h"
 #include "actions/workspace.h"
 #include "config/config_file.h"
 #include "config/pinned_file.h"
@@ -110,6 +111,10 @@ void ContextActions::openPath(BrondelWindow& pane, const std::string& path, Path
 
 void ContextActions::openFile(QWidget* parent, const std::string& path)
 {
+    // Our own look-up first: it can tell that nothing opens the file, which the desktop's
+    // opener only finds out after it has been started.
+    if (FileActions::openDefault(parent, path))
+        return;
     if (workspaceOpen(path))
         return;
     // The type is told by the name alone: no disk on this thread.

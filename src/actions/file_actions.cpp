@@ -1,7 +1,6 @@
 #include "actions/file_actions.h"
 
 #include "actions/action_dialogs.h"
-#include "actions/context_actions.h"
 #include "actions/workspace.h"
 #include "fs/sys_calls.h"
 #include "services/drop_action.h"
@@ -98,8 +97,16 @@ QString failureTitle(const OpRequest& request)
 
 // The applications, read once in the background; the types of a name are looked up there
 // too (the MIME database reads its files on first use).
-std::mutex g_appsMutex;
-std::shared_ptr<const DesktopAppIndex> g_apps; // guarded by g_appsMutex; never freed before exit
+// Read on the scan pool, which may still run at exit: allocated once, never destroyed.
+std::mutex& g_appsMutex = *new std::mutex;
+std::shared_ptr<const DesktopAppIndex>& g_apps = *new std::shared_ptr<const DesktopAppIndex>; // under g_appsMutex
+
+// The index when it has been read, without reading it.
+std::shared_ptr<const DesktopAppIndex> appsIndexIfRead()
+{
+    std::lock_guard lock(g_appsMutex);
+    return g_apps;
+}
 
 std::shared_ptr<const DesktopAppIndex> appsIndex()
 {
@@ -190,9 +197,8 @@ void FileActions::run(const BrowserContext& context, QWidget* parent, const OpRe
     });
 }
 
-void FileActions::cut(BrowserFrame& frame)
+void FileActions::cut(const std::vector<std::string>& paths)
 {
-    const std::vector<std::string> paths = ContextActions::selectedPaths(frame);
     if (!paths.empty())
         workspaceCopyItems(paths, ClipboardIntent::Cut);
 }
@@ -315,6 +321,38 @@ void FileActions::openWithFill(QMenu& menu, BrondelWindow& pane, const std::stri
                 fillApps(*target, window, apps, types, path);
         };
     });
+}
+
+void FileActions::warmUp(const BrowserContext& context)
+{
+    if (context.scans && !appsIndexIfRead())
+        context.scans->submit(nullptr, []() -> std::function<void()> {
+            appsIndex();
+            return {};
+        });
+}
+
+bool FileActions::openDefault(QWidget* parent, const std::string& path)
+{
+    const std::shared_ptr<const DesktopAppIndex> apps = appsIndexIfRead();
+    if (!apps)
+        return false;
+    const QStringList types = typesOf(path);
+    if (types.value(0) == QLatin1String("application/octet-stream"))
+        return false; // the name tells nothing: the desktop may look inside
+    const QStringList ids = desktopAppsFor(*apps, types);
+    const QMimeType type = QMimeDatabase().mimeTypeForName(types.value(0));
+    if (ids.isEmpty()) {
+        ActionDialogs::current().alert(parent, QObject::tr("\u201c%1\u201d could not be opened.").arg(nameOf(path)),
+            QObject::tr("No application is set up to open this kind of file (%1).")
+                .arg(type.comment().isEmpty() ? type.name() : type.comment()));
+        return true;
+    }
+    const DesktopApp& app = apps->apps[ids.front()];
+    if (!launch(app, {path}))
+        ActionDialogs::current().alert(parent, QObject::tr("\u201c%1\u201d could not be opened.").arg(nameOf(path)),
+            QObject::tr("%1 could not be started.").arg(app.name));
+    return true;
 }
 
 bool FileActions::launch(const DesktopApp& app, const std::vector<std::string>& paths)

@@ -19,8 +19,8 @@ struct BrowserContext;
 struct OpRequest;
 
 struct FileActions {
-    // Puts the frame's selected items on the clipboard, to be moved by the next paste.
-    static void cut(BrowserFrame& frame);
+    // Puts the items on the clipboard, to be moved by the next paste.
+    static void cut(const std::vector<std::string>& paths);
     // Copies or moves (after a cut) the clipboard's files into `folder`.
     static void paste(BrondelWindow& pane, const std::string& folder);
     // Files dropped into `folder`: the keys held now and whether the files share the
@@ -38,6 +38,13 @@ struct FileActions {
     // first, then "Other Application…". The list is read in the background the first
     // time; the menu is filled when it is in.
     static void openWithFill(QMenu& menu, BrondelWindow& pane, const std::string& path);
+    // Reads the applications in the background now, so that the first Open needs no wait.
+    static void warmUp(const BrowserContext& context);
+    // Opens a file with the default application of its type, once the applications are
+    // read: an alert says so when no application takes the type, or when it does not
+    // start. False when the caller should hand the file to the desktop instead (the
+    // applications are not read yet, or the name tells no type).
+    static bool openDefault(QWidget* parent, const std::string& path);
     // Opens `paths` with the application `app`; false when it could not be started.
     static bool launch(const DesktopApp& app, const std::vector<std::string>& paths);
 };

@@ -309,7 +309,7 @@ void MenuSetup::install(BrowserFrame* frame)
         [frame] { FileActions::redo(frame->context(), frame); });
     FileActions::followUndo(frame->context(), undo, redo);
     edit->addSeparator();
-    item(edit, QObject::tr("Cut"), Shortcut::Cut, "scissors", frame, [frame] { FileActions::cut(*frame); });
+    item(edit, QObject::tr("Cut"), Shortcut::Cut, "scissors", frame, [frame] { FileActions::cut(ContextActions::selectedPaths(*frame)); });
     item(edit, QObject::tr("Copy"), Shortcut::Copy, "doc.on.doc", frame, [frame] { copySelection(frame); });
     item(edit, QObject::tr("Paste"), Shortcut::Paste, "doc.on.clipboard", frame, [frame] {
         if (frame->routed() && !frame->routed()->isComputerRoot())
@@ -334,6 +334,7 @@ void MenuSetup::install(BrowserFrame* frame)
         [frame] { frame->isMaximized() ? frame->showNormal() : frame->showMaximized(); });
 
     sidebarMenus(frame);
+    FileActions::warmUp(frame->context());
     textFieldKeysInstall();
     refreshPeekStyle();
 }

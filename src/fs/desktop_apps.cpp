@@ -311,13 +311,20 @@ QStringList desktopAppsFor(const DesktopAppIndex& index, const QStringList& type
             const QStringList gone = list.removed.value(type);
             removed.unite(QSet<QString>(gone.cbegin(), gone.cend()));
         }
-        for (const auto& cache : index.caches)
-            for (const QString& id : cache.value(type))
-                if (!removed.contains(id))
+        int ranks = int(index.caches.size());
+        for (const DesktopApp& app : index.apps)
+            ranks = std::max(ranks, app.dirRank + 1);
+        for (int rank = 0; rank < ranks; ++rank) {
+            if (size_t(rank) < index.caches.size())
+                for (const QString& id : index.caches[size_t(rank)].value(type))
+                    if (!removed.contains(id))
+                        take(id);
+            for (const QString& id : index.appOrder) {
+                const DesktopApp& app = index.apps[id];
+                if (app.dirRank == rank && !removed.contains(id) && app.mimeTypes.contains(type))
                     take(id);
-        for (const QString& id : index.appOrder)
-            if (!removed.contains(id) && index.apps.value(id).mimeTypes.contains(type))
-                take(id);
+            }
+        }
     }
     return found;
 }
@@ -407,7 +414,8 @@ bool isFolder(const std::string& path)
 
 // Reads the entries below `dir`, ids prefixed by `prefix` (a subfolder "kde/x.desktop"
 // is "kde-x.desktop"). Links are followed, four folders deep at most.
-void loadEntries(const std::string& dir, const QString& prefix, int depth, const QString& locale, DesktopAppIndex& index)
+void loadEntries(const std::string& dir, const QString& prefix, int depth, const QString& locale, int rank,
+    DesktopAppIndex& index)
 {
     const int fd = sysOpen(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
@@ -426,12 +434,13 @@ void loadEntries(const std::string& dir, const QString& prefix, int depth, const
             if (const auto text = fileReadAll(path)) {
                 if (auto app = desktopEntryParse(*text, id, locale)) {
                     app->path = QString::fromUtf8(path.data(), qsizetype(path.size()));
+                    app->dirRank = rank;
                     index.apps.insert(id, *app);
                     index.appOrder << id;
                 }
             }
         } else if (depth < 4 && (type == DT_DIR || ((type == DT_LNK || type == DT_UNKNOWN) && isFolder(path)))) {
-            loadEntries(path, id + '-', depth + 1, locale, index);
+            loadEntries(path, id + '-', depth + 1, locale, rank, index);
         }
     }
 }
@@ -453,9 +462,9 @@ DesktopAppIndex desktopAppsLoad(const DesktopAppDirs& dirs, const QString& local
         const std::string apps = bytesOf(dir) + "/applications";
         if (const auto text = fileReadAll(apps + "/mimeapps.list"))
             index.lists.push_back(mimeAppsParse(*text));
-        if (const auto text = fileReadAll(apps + "/mimeinfo.cache"))
-            index.caches.push_back(mimeInfoCacheParse(*text));
-        loadEntries(apps, QString(), 0, locale, index);
+        const auto cache = fileReadAll(apps + "/mimeinfo.cache");
+        index.caches.push_back(cache ? mimeInfoCacheParse(*cache) : QHash<QString, QStringList>());
+        loadEntries(apps, QString(), 0, locale, int(index.caches.size()) - 1, index);
     }
     return index;
 }

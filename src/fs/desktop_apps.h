@@ -22,6 +22,7 @@ struct DesktopApp {
     QStringList mimeTypes;
     bool terminal = false;
     bool noDisplay = false; // still opens files, but is not offered in the chooser
+    int dirRank = 0;        // which data folder it came from (0: the most important)
 };
 
 // One entry file. Nothing for a file that is not an application, is Hidden, has no Exec
@@ -45,11 +46,14 @@ struct DesktopAppIndex {
     QHash<QString, DesktopApp> apps;                 // by id; the first folder holding an id wins
     QStringList appOrder;                            // ids in the order they were found
     std::vector<MimeAppsList> lists;                 // mimeapps.list files by precedence
-    std::vector<QHash<QString, QStringList>> caches; // mimeinfo.cache files by precedence
+    // mimeinfo.cache of each data folder, by the same rank as DesktopApp::dirRank.
+    std::vector<QHash<QString, QStringList>> caches;
 };
 
 // The applications for a file whose type is types[0] (its ancestors follow, nearest
-// first): the default first, then the added associations, then the installed ones.
+// first): the default first, then the added associations, then the installed ones
+// folder by folder (a folder's cache, then its entries' own types), the more important
+// folder first.
 // A removed association hides an application that a less important source offers.
 // Only installed applications are listed, each once.
 QStringList desktopAppsFor(const DesktopAppIndex& index, const QStringList& types);

@@ -18,7 +18,7 @@ class FolderWatch : public QObject {
     Q_OBJECT
 public:
     // `quietMs`: the calm that ends a burst; `maxDelayMs`: the longest wait in a burst.
-    explicit FolderWatch(QObject* parent = nullptr, int quietMs = 80, int maxDelayMs = 300);
+    explicit FolderWatch(QObject* parent = nullptr, int quietMs = 50, int maxDelayMs = 250);
     ~FolderWatch() override;
 
     // Follows `path` from now on (an empty path follows nothing).

@@ -92,9 +92,11 @@ QModelIndex rowNamed(const NodeTreeModel& model, const QString& name)
     return {};
 }
 
-const QString kFileMenu = QStringLiteral("Open|-|Reveal in File Manager|Copy Path|-|Move to Trash|-|Properties\u2026");
-const QString kFolderMenu = QStringLiteral("Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to "
-                                           "Sidebar|Add to Favorites|-|Move to Trash|-|Properties\u2026");
+const QString kFileMenu =
+    QStringLiteral("Open|Open With|-|Reveal in File Manager|Copy Path|-|Rename\u2026|Move to Trash|-|Properties\u2026");
+const QString kFolderMenu = QStringLiteral(
+    "Open|Open in New Window|-|Reveal in File Manager|Copy Path|-|Add to Sidebar|Add to Favorites|-|Rename\u2026|"
+    "Move to Trash|-|Properties\u2026");
 const QString kSectionMenu = QStringLiteral(
     "Add Folders\u2026|Rename Section\u2026|Move Section Up|Move Section Down|Color|-|New Section\u2026|Remove Section");
 const QString kBackgroundMenu = QStringLiteral(
@@ -181,6 +183,7 @@ private slots:
         QFETCH(int, mode);
         QFETCH(QString, row);
         QFETCH(QString, menu);
+        QGuiApplication::clipboard()->clear(); // no Paste items
         Fixture f{ViewMode(mode)};
         auto built = ViewMode(mode) == ViewMode::List ? f.listMenu(row) : f.columnMenu(row);
         QVERIFY(built);
@@ -350,13 +353,13 @@ private slots:
         QTest::newRow("file, compact") << "/w/d.txt" << false << true
                                        << "Open|-|Reveal in File Manager|Copy Path" << "";
         QTest::newRow("folder in no section")
-            << "/elsewhere" << true << false << head + "|-|Add to Sidebar|Add to Favorites|-|Move to Trash|-|Properties\u2026"
+            << "/elsewhere" << true << false << head + "|-|Add to Sidebar|Add to Favorites|-|Rename\u2026|Move to Trash|-|Properties\u2026"
             << "Favorites|Work|-|New Section\u2026";
         QTest::newRow("folder in no section, compact") << "/elsewhere" << true << true << head << "";
         QTest::newRow("folder in Work")
             << "/w1" << true << false
             << head + "|-|Add to Sidebar|Move to Section|Move Up in Favorites|Move Down in Favorites|"
-                      "Remove from Favorites|-|Move to Trash|-|Properties\u2026"
+                      "Remove from Favorites|-|Rename\u2026|Move to Trash|-|Properties\u2026"
             << "Favorites|-|New Section\u2026";
         QTest::newRow("folder in Work, compact") << "/w1" << true << true << head << "";
     }
@@ -368,6 +371,7 @@ private slots:
         QFETCH(bool, compact);
         QFETCH(QString, menu);
         QFETCH(QString, sections);
+        QGuiApplication::clipboard()->clear(); // no Paste items
         Fixture f;
         QMenu built;
         built.addAction(QStringLiteral("stale"));

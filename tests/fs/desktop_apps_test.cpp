@@ -171,3 +171,17 @@ TEST(DesktopApps, LoadReadsEntriesSubfoldersAndLists)
     EXPECT_EQ(desktopAppsFor(index, {"text/plain"}), (QStringList{"vendor-tool.desktop", "ed.desktop"}));
     EXPECT_EQ(desktopAppsFor(index, {"image/png"}), (QStringList{"ed.desktop"}));
 }
+
+TEST(DesktopApps, AMoreImportantFolderComesFirst)
+{
+    // The system folder's cache names its editor; the user's own entry, in a more
+    // important folder and in no cache, still comes before it.
+    TempTree t;
+    const std::string entry = "[Desktop Entry]\nType=Application\nExec=run %f\nName=";
+    t.file("home/applications/mine.desktop", entry + "Mine\nMimeType=text/plain;\n");
+    t.file("sys/applications/vim.desktop", entry + "Vim\nMimeType=text/plain;\n");
+    t.file("sys/applications/mimeinfo.cache", "[MIME Cache]\ntext/plain=vim.desktop;\n");
+    DesktopAppDirs dirs;
+    dirs.dataDirs << QString::fromStdString(t.path("home")) << QString::fromStdString(t.path("sys"));
+    EXPECT_EQ(desktopAppsFor(desktopAppsLoad(dirs, "C"), {"text/plain"}), (QStringList{"mine.desktop", "vim.desktop"}));
+}
