@@ -69,6 +69,8 @@ TEST(LaunchArgs, ProcessFlags)
         EXPECT_EQ(launchArguments(int(argv.size()), argv.data()), c.expected) << c.full.back();
         EXPECT_EQ(launchProcessChoice(c.full), c.process) << c.full.back();
     }
+}
+
 TEST(LaunchArgs, PeekAnimationFlags)
 {
     struct Case {
