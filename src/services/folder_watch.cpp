@@ -47,6 +47,7 @@ void FolderWatch::watch(const std::string& path)
     m_deadline.stop();
     if (m_watcher) {
         m_watcher->disconnect(this);
+        disconnect(this, &FolderWatch::addRequested, m_watcher, nullptr);
         m_watcher->deleteLater();
     }
     if (path.empty())
@@ -56,8 +57,11 @@ void FolderWatch::watch(const std::string& path)
     m_watcher = watcher;
     // Queued: the notices come from the watcher thread.
     connect(watcher, &QFileSystemWatcher::directoryChanged, this, &FolderWatch::noticed, Qt::QueuedConnection);
-    const QString text = QFile::decodeName(QByteArray::fromStdString(path));
-    QMetaObject::invokeMethod(watcher, [watcher, text] { watcher->addPath(text); }, Qt::QueuedConnection);
+    // The path travels as a queued signal's argument, copied by Qt into the event: a
+    // functor built here and read on the watcher thread would be shared memory between
+    // the two threads with only Qt's event-queue lock between them.
+    connect(this, &FolderWatch::addRequested, watcher, &QFileSystemWatcher::addPath, Qt::QueuedConnection);
+    emit addRequested(QFile::decodeName(QByteArray::fromStdString(path)));
 }
 
 void FolderWatch::noticed(const QString&)

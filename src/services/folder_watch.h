@@ -27,6 +27,8 @@ public:
 
 signals:
     void changed();
+    // To the current watcher, on its thread (internal).
+    void addRequested(const QString& path);
 
 private:
     void noticed(const QString& path);
