@@ -189,6 +189,17 @@ ViewMode desktopViewFromNumber(int number)
     }
 }
 
+namespace {
+
+// Orders a queued call's making on the bus thread before its reading on the owner's.
+std::mutex& relayHandOver()
+{
+    static std::mutex lock;
+    return lock;
+}
+
+} // namespace
+
 bool desktopServe(const QString& address, DesktopRequests requests, QObject* owner,
                   std::function<void(DesktopServed)> done)
 {
@@ -200,8 +211,12 @@ bool desktopServe(const QString& address, DesktopRequests requests, QObject* own
     sessionBusConnectThen(address, QString::fromLatin1(kConnectionName),
                           [relay, guard, shared, done = std::move(done)](QDBusConnection bus) {
         // Back on the owner's thread: the objects are made and registered there (so calls
-        // reach them there), and the names asked for without waiting.
+        // reach them there), and the names asked for without waiting. The call is built
+        // and posted under a lock the receiving side takes before reading it: Qt's own
+        // event-queue lock is invisible to the thread checker.
+        std::lock_guard posting(relayHandOver());
         QMetaObject::invokeMethod(relay, [guard, shared, done, bus]() mutable {
+            { std::lock_guard received(relayHandOver()); }
             QObject* owner = guard.data();
             if (!owner)
                 return;

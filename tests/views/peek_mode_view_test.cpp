@@ -323,12 +323,16 @@ private slots:
             QVERIFY(stop);
             stop->click();
         } else {
-            QAbstractButton* button = nullptr;
-            for (QAbstractButton* candidate : style->findChildren<QAbstractButton*>())
-                if (candidate->text() == control && !candidate->isHidden() && candidate->isEnabled())
-                    button = candidate;
-            QVERIFY(button);
-            button->click();
+            // Waited for: a style may show its control once the level's animation ends.
+            auto find = [&]() -> QAbstractButton* {
+                QAbstractButton* button = nullptr;
+                for (QAbstractButton* candidate : style->findChildren<QAbstractButton*>())
+                    if (candidate->text() == control && !candidate->isHidden() && candidate->isEnabled())
+                        button = candidate;
+                return button;
+            };
+            QTRY_VERIFY(find() != nullptr);
+            find()->click();
         }
         QCOMPARE(style->levelCount(), levelsAfter);
         QCOMPARE(style->currentFolder(), levelsAfter == 1 ? tree.root : tree.root + "/a");
