@@ -2,7 +2,7 @@
 
 #include "actions/action_dialogs.h"
 #include "actions/workspace.h"
-#include "fs/sys_calls.h"
+#include "fs/paths.h"
 #include "services/drop_action.h"
 #include "fs/file_io.h"
 #include "ops/op_queue.h"
@@ -26,7 +26,6 @@
 #include <QVBoxLayout>
 
 #include <cstring>
-#include <sys/stat.h>
 #include <mutex>
 #include <unordered_map>
 
@@ -227,9 +226,7 @@ void FileActions::drop(BrondelWindow& pane, std::vector<std::string> paths, cons
     // The devices are asked in the background (a drive may not answer).
     pane.context().scans->submit(&pane, [owner, paths, folder, keys, at]() -> std::function<void()> {
         DropFacts facts = dropFactsOfPaths(paths, folder);
-        struct stat target {}, source {};
-        facts.sameDevice = sysCalls().stat(folder.c_str(), &target) == 0
-            && sysCalls().lstat(paths.front().c_str(), &source) == 0 && target.st_dev == source.st_dev;
+        facts.sameDevice = pathsShareDevice(folder, paths.front());
         return [owner, paths, folder, keys, at, facts] {
             if (!owner)
                 return;

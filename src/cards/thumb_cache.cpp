@@ -99,3 +99,11 @@ bool thumbWrite(const std::string& path, std::string_view png)
     }
     return true;
 }
+
+std::optional<ThumbSource> thumbSourceOf(const std::string& path)
+{
+    struct stat st {};
+    if (sysCalls().stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+        return std::nullopt;
+    return ThumbSource{int64_t(st.st_mtime), int64_t(st.st_size)};
+}

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,14 @@ bool thumbValid(const std::map<std::string, std::string>& keys, std::string_view
 
 // The text keys a written preview carries.
 std::map<std::string, std::string> thumbKeys(std::string_view uri, int64_t mtime, int64_t size, std::string_view mime);
+
+// What a preview is made from: a regular file's modification time and size, or nothing
+// (missing, unreadable, not a regular file). Reads the disk: never on the UI thread.
+struct ThumbSource {
+    int64_t mtime = 0;
+    int64_t size = 0;
+};
+std::optional<ThumbSource> thumbSourceOf(const std::string& path);
 
 // Writes `png` at `path` with mode 0600 through a temporary beside it and a rename, so
 // a reader never sees half a file. Creates missing folders. False on failure,

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cerrno>
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
@@ -97,4 +98,17 @@ std::string pathBytesFromText(const QString& text)
         path = std::move(next);
     }
     return path.empty() ? encoded : path;
+}
+
+bool pathTaken(const std::string& path)
+{
+    struct stat st;
+    return sysCalls().lstat(path.c_str(), &st) == 0 || errno != ENOENT;
+}
+
+bool pathsShareDevice(const std::string& folder, const std::string& path)
+{
+    struct stat target {}, source {};
+    return sysCalls().stat(folder.c_str(), &target) == 0 && sysCalls().lstat(path.c_str(), &source) == 0
+        && target.st_dev == source.st_dev;
 }

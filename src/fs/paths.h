@@ -13,6 +13,14 @@ std::string loginName();
 // home; any other path (and an unknown user) is returned unchanged.
 std::string expandTilde(const std::string& path);
 
+// Whether the name `path` is taken, by anything (a dangling link too): only a plain "no
+// such file" says it is free. Reads the disk: never on the UI thread.
+bool pathTaken(const std::string& path);
+
+// Whether the item `path` (a link itself, not what it points to) lies on the device of
+// the folder `folder`. False when either cannot be read. Reads the disk.
+bool pathsShareDevice(const std::string& folder, const std::string& path);
+
 class QString;
 
 // The bytes of a path a dialog gives as text. A name that is not UTF-8 does not survive

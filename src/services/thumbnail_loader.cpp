@@ -1,7 +1,6 @@
 #include "services/thumbnail_loader.h"
 
 #include "fs/file_io.h"
-#include "fs/sys_calls.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -9,7 +8,6 @@
 #include <QImageWriter>
 #include <QMimeDatabase>
 
-#include <sys/stat.h>
 
 #include <map>
 
@@ -72,18 +70,18 @@ ThumbResult thumbnailProduce(const std::string& path, ThumbSize size, const std:
     const QString name = QFile::decodeName(QByteArray::fromStdString(path.substr(path.rfind('/') + 1)));
     if (!thumbnailIsImageName(name))
         return {};
-    struct stat st {};
-    if (sysCalls().stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+    const std::optional<ThumbSource> source = thumbSourceOf(path);
+    if (!source)
         return {{}, ThumbOutcome::Failed};
     const std::string uri = thumbUri(path);
-    const int64_t mtime = int64_t(st.st_mtime);
+    const int64_t mtime = source->mtime;
     if (QImage stored = validStored(thumbPath(root, size, uri), uri, mtime); !stored.isNull())
         return {std::move(stored), ThumbOutcome::FromCache};
     const std::string failPath = thumbFailPath(root, kFailApp, uri);
     if (!validStored(failPath, uri, mtime).isNull())
         return {{}, ThumbOutcome::Failed}; // tried before, and this version of the file cannot be read
     const std::string mime = QMimeDatabase().mimeTypeForFile(name, QMimeDatabase::MatchExtension).name().toStdString();
-    const auto keys = thumbKeys(uri, mtime, int64_t(st.st_size), mime);
+    const auto keys = thumbKeys(uri, mtime, source->size, mime);
 
     const std::optional<std::string> bytes = fileReadAll(path);
     QImage image;

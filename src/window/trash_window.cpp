@@ -2,7 +2,7 @@
 
 #include "fs/file_io.h"
 #include "fs/fmt.h"
-#include "fs/sys_calls.h"
+#include "fs/paths.h"
 #include "fs/trash_op.h"
 
 #include <QFile>
@@ -17,7 +17,6 @@
 
 #include <chrono>
 #include <utility>
-#include <cerrno>
 
 namespace {
 
@@ -26,12 +25,6 @@ constexpr int kIndexRole = Qt::UserRole + 1;
 constexpr std::chrono::milliseconds kProgressEvery{50};
 
 QString decode(const std::string& bytes) { return QFile::decodeName(QByteArray::fromStdString(bytes)); }
-
-bool pathTaken(const std::string& path)
-{
-    struct stat st;
-    return sysCalls().lstat(path.c_str(), &st) == 0 || errno != ENOENT;
-}
 
 } // namespace
 

@@ -22,3 +22,18 @@ TEST(Paths, TextOfANameThatIsNotUtf8FindsItsBytes)
     EXPECT_EQ(pathBytesFromText(missing), QFile::encodeName(missing).toStdString());
     EXPECT_EQ(pathBytesFromText(QStringLiteral("relative/x")), "relative/x");
 }
+
+TEST(Paths, TakenNamesAndSharedDevices)
+{
+    TempTree t;
+    const std::string file = t.file("a.txt", "x");
+    const std::string dangling = t.symlink("gone", t.path("nothing-here"));
+    EXPECT_TRUE(pathTaken(file));
+    EXPECT_TRUE(pathTaken(dangling)); // a link to nothing still holds its name
+    EXPECT_FALSE(pathTaken(t.path("free")));
+
+    EXPECT_TRUE(pathsShareDevice(t.path(""), file));
+    EXPECT_TRUE(pathsShareDevice(t.path(""), dangling)); // the link itself, not its target
+    EXPECT_FALSE(pathsShareDevice(t.path(""), t.path("free")));
+    EXPECT_FALSE(pathsShareDevice("/proc", file)); // another file system
+}
