@@ -45,12 +45,6 @@ bool isFolder(const std::string& path)
     return sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool lexists(const std::string& path)
-{
-    struct stat st;
-    return sysCalls().lstat(path.c_str(), &st) == 0 || errno != ENOENT;
-}
-
 // The names in folder `dir`, or nothing when it cannot be read.
 std::optional<std::vector<std::string>> folderNames(const std::string& dir)
 {
@@ -117,7 +111,11 @@ std::string topdirOfTrash(const std::string& trashDir)
 
 } // namespace
 
-std::string trashPercentDecode(std::string_view text)
+namespace {
+
+enum class BadEscape { Keep, Refuse };
+
+std::optional<std::string> percentDecode(std::string_view text, BadEscape bad)
 {
     std::string out;
     out.reserve(text.size());
@@ -125,6 +123,8 @@ std::string trashPercentDecode(std::string_view text)
         if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 && hexValue(text[i + 2]) >= 0) {
             out += char(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
             i += 2;
+        } else if (text[i] == '%' && bad == BadEscape::Refuse) {
+            return std::nullopt;
         } else {
             out += text[i];
         }
@@ -132,11 +132,23 @@ std::string trashPercentDecode(std::string_view text)
     return out;
 }
 
+} // namespace
+
+std::string trashPercentDecode(std::string_view text)
+{
+    return *percentDecode(text, BadEscape::Keep);
+}
+
+std::optional<std::string> trashPercentDecodeStrict(std::string_view text)
+{
+    return percentDecode(text, BadEscape::Refuse);
+}
+
 std::optional<TrashInfoRecord> trashInfoParse(std::string_view text)
 {
     bool inGroup = false, sawGroup = false;
     std::optional<std::string> path;
-    std::string date;
+    std::string date, pathValue;
     while (!text.empty()) {
         const size_t end = text.find('\n');
         std::string_view line = trimmed(text.substr(0, end));
@@ -154,14 +166,16 @@ std::optional<TrashInfoRecord> trashInfoParse(std::string_view text)
         if (eq == std::string_view::npos)
             continue;
         std::string_view key = trimmed(line.substr(0, eq)), value = trimmed(line.substr(eq + 1));
-        if (key == "Path" && !path)
+        if (key == "Path" && !path) {
             path = trashPercentDecode(value);
+            pathValue = std::string(value);
+        }
         else if (key == "DeletionDate" && date.empty())
             date = std::string(value);
     }
     if (!sawGroup || !path || path->empty())
         return std::nullopt;
-    return TrashInfoRecord{*path, date};
+    return TrashInfoRecord{*path, date, pathValue};
 }
 
 std::optional<std::time_t> trashDateParse(std::string_view text)
@@ -281,7 +295,7 @@ int trashRestore(const TrashItem& item, const std::string& target)
 {
     if (target.empty() || target.front() != '/')
         return EINVAL;
-    if (lexists(target))
+    if (pathTaken(target))
         return EEXIST;
     fileMakeDirs(pathParent(target));
     if (sysCalls().rename(item.filesPath().c_str(), target.c_str()) != 0)

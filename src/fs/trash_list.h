@@ -17,6 +17,7 @@
 struct TrashInfoRecord {
     std::string path;         // Path=, percent escapes decoded to bytes (maybe relative)
     std::string deletionDate; // DeletionDate= as written, "YYYY-MM-DDThh:mm:ss"
+    std::string pathValue;    // Path= as written, escapes and all
 };
 
 // The record of a .trashinfo text: its [Trash Info] group's Path= (required) and
@@ -25,6 +26,10 @@ std::optional<TrashInfoRecord> trashInfoParse(std::string_view text);
 
 // Decodes %XX escapes to bytes; a '%' not followed by two hex digits stays as it is.
 std::string trashPercentDecode(std::string_view text);
+
+// The same, for a reader that must not guess: nothing when a '%' is not followed by two
+// hex digits.
+std::optional<std::string> trashPercentDecodeStrict(std::string_view text);
 
 // A DeletionDate= value as a time, read as local time; nothing when malformed.
 std::optional<std::time_t> trashDateParse(std::string_view text);
