@@ -248,28 +248,33 @@ void OpQueue::cancel(OpJobId job)
         state->cancel();
 }
 
-void OpQueue::answerConflict(OpJobId job, uint64_t questionId, OpConflictAnswer answer)
+namespace {
+
+// Hands a job the answer to its question `questionId`; an answer to a question no longer
+// asked is dropped.
+template <typename Store>
+void answerQuestion(OpQueue::Shared& shared, OpJobId job, uint64_t questionId, Store store)
 {
-    auto state = jobState(*m_shared, job);
+    auto state = jobState(shared, job);
     if (!state)
         return;
     std::lock_guard guard(state->lock);
     if (state->question != questionId)
-        return; // an answer to a question no longer asked
-    state->conflict = answer;
+        return;
+    store(*state);
     state->answered.notify_all();
+}
+
+} // namespace
+
+void OpQueue::answerConflict(OpJobId job, uint64_t questionId, OpConflictAnswer answer)
+{
+    answerQuestion(*m_shared, job, questionId, [answer](JobState& state) { state.conflict = answer; });
 }
 
 void OpQueue::answerError(OpJobId job, uint64_t questionId, ErrorChoice choice)
 {
-    auto state = jobState(*m_shared, job);
-    if (!state)
-        return;
-    std::lock_guard guard(state->lock);
-    if (state->question != questionId)
-        return;
-    state->error = choice;
-    state->answered.notify_all();
+    answerQuestion(*m_shared, job, questionId, [choice](JobState& state) { state.error = choice; });
 }
 
 bool OpQueue::canUndo() const

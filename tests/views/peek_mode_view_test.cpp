@@ -83,6 +83,20 @@ struct Shell {
     }
 };
 
+// The style `key` shown on `setup`'s folder, its first level loaded (null: no such style).
+std::unique_ptr<PeekStyleView> shownStyle(const QString& key, const PeekSetup& setup)
+{
+    std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), setup));
+    if (!style)
+        return style;
+    style->resize(900, 600);
+    style->show();
+    style->start();
+    if (!QTest::qWaitFor([&] { return style->levelCount() == 1; }))
+        return nullptr;
+    return style;
+}
+
 } // namespace
 
 class PeekModeViewTest : public QObject {
@@ -190,12 +204,8 @@ private slots:
         std::vector<std::string> opened;
         PeekSetup setup{tree.root, false, t.context, {}};
         setup.hooks.openFile = [&opened](const std::string& path) { opened.push_back(path); };
-        std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), setup));
-        QVERIFY2(style, "every registered style can be drawn");
-        style->resize(900, 600);
-        style->show();
-        style->start();
-        QTRY_COMPARE(style->levelCount(), 1);
+        std::unique_ptr<PeekStyleView> style = shownStyle(key, setup);
+        QVERIFY2(style, "every registered style can be drawn and shows its first level");
         QCOMPARE(plateNames(style->grid(0)), (QStringList{"a", "m.txt"}));
 
         // Down two levels: Enter on the first plate each time.
@@ -262,11 +272,8 @@ private slots:
         t.context.animate = true;
         t.context.peekSlow = slow;
         t.context.peekNoAnim = noAnim;
-        std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), {tree.root, false, t.context, {}}));
-        style->resize(900, 600);
-        style->show();
-        style->start();
-        QTRY_COMPARE(style->levelCount(), 1);
+        std::unique_ptr<PeekStyleView> style = shownStyle(key, {tree.root, false, t.context, {}});
+        QVERIFY(style);
         QTest::keyClick(style.get(), Qt::Key_Return);
         QTRY_COMPARE(style->levelCount(), 2);
         int running = 0;
@@ -297,11 +304,8 @@ private slots:
         QFETCH(int, levelsAfter);
         Tree tree;
         TestContext t;
-        std::unique_ptr<PeekStyleView> style(peekStyleMake(key.toStdString(), {tree.root, false, t.context, {}}));
-        style->resize(900, 600);
-        style->show();
-        style->start();
-        QTRY_COMPARE(style->levelCount(), 1);
+        std::unique_ptr<PeekStyleView> style = shownStyle(key, {tree.root, false, t.context, {}});
+        QVERIFY(style);
         QTest::keyClick(style.get(), Qt::Key_Return);
         QTRY_COMPARE(style->levelCount(), 2);
         QTest::keyClick(style.get(), Qt::Key_Return);
