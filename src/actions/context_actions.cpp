@@ -7,7 +7,8 @@
 #include "config/pinned_file.h"
 #include "config/recents.h"
 #include "fs/file_io.h"
-#include "fs/sys_calls.h"
+#include "fs/new_folder.h"
+#include "fs/paths.h"
 #include "fs/trash_op.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
@@ -19,11 +20,8 @@
 #include <QPointer>
 
 #include <cerrno>
-#include <sys/stat.h>
 
 namespace {
-
-constexpr int64_t kNewFolderTries = 10000;
 
 QString decode(const std::string& text)
 {
@@ -103,8 +101,7 @@ void ContextActions::openPath(BrondelWindow& pane, const std::string& path, Path
         return;
     }
     pane.context().scans->submit(&pane, [&pane, path]() -> std::function<void()> {
-        struct stat st;
-        const bool isDir = sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+        const bool isDir = pathIsFolder(path);
         return [&pane, path, isDir] { openPath(pane, path, isDir ? PathKind::Folder : PathKind::File); };
     });
 }
@@ -178,29 +175,6 @@ void ContextActions::trash(BrondelWindow& pane, std::vector<std::string> paths)
                 trashAlert(window, failed);
         };
     });
-}
-
-std::string newFolderName(int64_t number)
-{
-    std::string name = "untitled folder";
-    return number <= 1 ? name : name + " " + std::to_string(number);
-}
-
-std::optional<std::string> newFolderCreate(const std::string& folder)
-{
-    // mkdir itself decides which name is free, so two quick requests never collide.
-    for (int64_t number = 1; number <= kNewFolderTries; ++number) {
-        std::string path = folder + (folder.ends_with('/') ? "" : "/") + newFolderName(number);
-        int result;
-        do
-            result = sysCalls().mkdir(path.c_str(), 0777);
-        while (result != 0 && errno == EINTR);
-        if (result == 0)
-            return path;
-        if (errno != EEXIST)
-            return std::nullopt;
-    }
-    return std::nullopt;
 }
 
 void ContextActions::newFolder(BrondelWindow& pane)

@@ -112,9 +112,3 @@ struct ContextActions {
 // Shows what the configuration files reported about an edit, in one alert.
 void actionNoticesShow(QWidget* parent, const std::vector<std::string>& notices);
 
-// "untitled folder" for 1, then "untitled folder 2", "untitled folder 3", ...
-std::string newFolderName(int64_t number);
-
-// Creates the first free new-folder name in `folder`; its path, or nothing when the
-// folder cannot be written (errno then tells why).
-std::optional<std::string> newFolderCreate(const std::string& folder);

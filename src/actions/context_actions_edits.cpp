@@ -11,7 +11,6 @@
 #include "config/recents.h"
 #include "config/sidebar_file.h"
 #include "fs/paths.h"
-#include "fs/sys_calls.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
 #include "services/scan_service.h"
@@ -21,7 +20,6 @@
 #include <QFile>
 #include <QPointer>
 
-#include <sys/stat.h>
 
 namespace {
 
@@ -32,12 +30,6 @@ QString decode(const std::string& text)
     return QFile::decodeName(QByteArray::fromStdString(text));
 }
 
-
-bool isFolder(const std::string& path)
-{
-    struct stat st;
-    return sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
 
 // Typed text as the bytes stored in a file.
 std::string typed(const QString& text)
@@ -183,7 +175,7 @@ void ContextActions::favAddPaths(BrondelWindow& pane, std::vector<std::string> p
     edit(pane.context(), [paths = std::move(paths)] {
         bool changed = false;
         for (const std::string& path : paths)
-            if (isFolder(path))
+            if (pathIsFolder(path))
                 changed |= pinnedAdd(path, "Favorites");
         return changed;
     });

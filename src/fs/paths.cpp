@@ -112,3 +112,9 @@ bool pathsShareDevice(const std::string& folder, const std::string& path)
     return sysCalls().stat(folder.c_str(), &target) == 0 && sysCalls().lstat(path.c_str(), &source) == 0
         && target.st_dev == source.st_dev;
 }
+
+bool pathIsFolder(const std::string& path)
+{
+    struct stat st;
+    return sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}

@@ -13,6 +13,9 @@ std::string loginName();
 // home; any other path (and an unknown user) is returned unchanged.
 std::string expandTilde(const std::string& path);
 
+// Whether `path` is a folder (or a link to one). Reads the disk: never on the UI thread.
+bool pathIsFolder(const std::string& path);
+
 // Whether the name `path` is taken, by anything (a dangling link too): only a plain "no
 // such file" says it is free. Reads the disk: never on the UI thread.
 bool pathTaken(const std::string& path);

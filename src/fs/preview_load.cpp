@@ -1,5 +1,6 @@
 #include "fs/preview_load.h"
 
+#include "fs/dir_fd.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
 
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <vector>
 
 namespace {
 
@@ -138,4 +140,25 @@ PreviewText previewTextDecode(std::string_view bytes)
         out.text.append(control ? QChar(0xFFFD) : QChar(c));
     }
     return out;
+}
+
+PreviewNode previewNodeOf(const std::string& path)
+{
+    struct stat st;
+    if (sysCalls().stat(path.c_str(), &st) != 0)
+        return {errno, 0, 0};
+    return {0, st.st_mode, int64_t(st.st_size)};
+}
+
+int64_t previewFolderCount(const std::string& path)
+{
+    const int fd = sysOpen(path.c_str(), O_RDONLY | O_DIRECTORY);
+    if (fd < 0)
+        return -1;
+    DirFd owner(fd);
+    std::vector<char> buffer(64 * 1024);
+    int64_t count = 0;
+    if (dirForEachEntry(fd, buffer, [&](const char*, unsigned char) { ++count; }) != 0)
+        return -1;
+    return count;
 }

@@ -8,8 +8,11 @@
 #include <QStringList>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
+
+#include <sys/types.h>
 
 enum class PreviewKind { Text, Image, Pdf, Audio, Video, Folder, Other };
 
@@ -26,6 +29,18 @@ struct PreviewHead {
     bool truncated = false; // the file holds more than was read
     int error = 0;
 };
+
+// What an item is, for its preview: the errno of its stat, or its mode and size (a link
+// followed).
+struct PreviewNode {
+    int error = 0;
+    mode_t mode = 0;
+    int64_t size = 0;
+};
+PreviewNode previewNodeOf(const std::string& path);
+
+// The number of entries in the folder `path`, or -1 when it cannot be read.
+int64_t previewFolderCount(const std::string& path);
 
 // Reads at most `cap` bytes from the start of the regular file `path`, through the
 // system-call seam. The open never blocks (O_NONBLOCK), so a FIFO with no writer is

@@ -39,12 +39,6 @@ int hexValue(char c)
     return -1;
 }
 
-bool isFolder(const std::string& path)
-{
-    struct stat st;
-    return sysCalls().stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 // The names in folder `dir`, or nothing when it cannot be read.
 std::optional<std::vector<std::string>> folderNames(const std::string& dir)
 {
@@ -207,7 +201,7 @@ std::vector<std::string> trashDirsExisting(const std::vector<std::string>& topdi
 {
     std::vector<std::string> dirs;
     const std::string home = trashHomeDir();
-    if (isFolder(home))
+    if (pathIsFolder(home))
         dirs.push_back(home);
     for (const std::string& topdir : topdirs) {
         struct stat shared;

@@ -1,11 +1,9 @@
 #include "window/preview_window.h"
 
-#include "fs/dir_fd.h"
 #include "fs/file_info.h"
 #include "fs/file_io.h"
 #include "fs/fmt.h"
 #include "fs/paths.h"
-#include "fs/sys_calls.h"
 #include "sizes/folder_size_walk.h"
 
 #include <QApplication>
@@ -86,20 +84,6 @@ QString specialKind(mode_t mode)
     return QStringLiteral("unknown");
 }
 
-// The number of entries in a folder, or -1 when it cannot be read.
-int64_t folderItemCount(const std::string& path)
-{
-    const int fd = sysOpen(path.c_str(), O_RDONLY | O_DIRECTORY);
-    if (fd < 0)
-        return -1;
-    DirFd owner(fd);
-    std::vector<char> buffer(64 * 1024);
-    int64_t count = 0;
-    if (dirForEachEntry(fd, buffer, [&](const char*, unsigned char) { ++count; }) != 0)
-        return -1;
-    return count;
-}
-
 void loadImage(PreviewResult& result, const std::string& bytes)
 {
     QByteArray data = QByteArray::fromStdString(bytes);
@@ -158,16 +142,16 @@ void loadPdf(PreviewResult& result, const std::string& bytes)
 std::shared_ptr<PreviewResult> previewLoad(const std::string& path)
 {
     auto result = std::make_shared<PreviewResult>();
-    struct stat st;
-    if (sysCalls().stat(path.c_str(), &st) != 0) {
-        result->facts = decode(pathLastComponent(path)) + QLatin1Char('\n') + QString::fromLocal8Bit(std::strerror(errno));
+    const PreviewNode node = previewNodeOf(path);
+    if (node.error) {
+        result->facts = decode(pathLastComponent(path)) + QLatin1Char('\n') + QString::fromLocal8Bit(std::strerror(node.error));
         return result;
     }
-    if (S_ISDIR(st.st_mode)) {
+    if (S_ISDIR(node.mode)) {
         result->kind = PreviewKind::Folder;
         result->iconName = QStringLiteral("folder");
         QString facts = factsOf(FileInfo::gather(path));
-        const int64_t items = folderItemCount(path);
+        const int64_t items = previewFolderCount(path);
         if (items >= 0)
             facts += QLatin1Char('\n') + QObject::tr("%n item(s)", nullptr, int(items));
         facts += QLatin1Char('\n')
@@ -175,9 +159,9 @@ std::shared_ptr<PreviewResult> previewLoad(const std::string& path)
         result->facts = facts;
         return result;
     }
-    if (!S_ISREG(st.st_mode)) { // never opened: a FIFO would wait for a writer
+    if (!S_ISREG(node.mode)) { // never opened: a FIFO would wait for a writer
         result->facts = decode(pathLastComponent(path)) + QLatin1Char('\n')
-            + QObject::tr("Kind: %1").arg(specialKind(st.st_mode));
+            + QObject::tr("Kind: %1").arg(specialKind(node.mode));
         return result;
     }
     const PreviewHead sniff = previewReadHead(path, kPreviewSniffBytes);
@@ -196,7 +180,7 @@ std::shared_ptr<PreviewResult> previewLoad(const std::string& path)
     }
     case PreviewKind::Image:
     case PreviewKind::Pdf: {
-        if (size_t(st.st_size) > kPreviewDocumentCap) {
+        if (size_t(node.size) > kPreviewDocumentCap) {
             result->kind = PreviewKind::Other;
             break;
         }

@@ -12,6 +12,7 @@
 #include "config/palette.h"
 #include "config/pinned_file.h"
 #include "config/sidebar_file.h"
+#include "fs/new_folder.h"
 #include "fs/file_io.h"
 #include "config/recents.h"
 #include "fs/paths.h"
