@@ -36,6 +36,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include <sys/stat.h> // the mode tests (S_ISDIR, ...) of previewNodeOf's answer
+
 // What a load found, handed from the pool to the window whole.
 struct PreviewResult {
     PreviewKind kind = PreviewKind::Other;
