@@ -1,19 +1,38 @@
 #include "actions/workspace.h"
 
+#include "cards/session_bus.h"
 #include "services/file_clipboard.h"
 
 #include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QTimer>
 #include <QUrl>
+
+#include <mutex>
+#include <utility>
 
 namespace {
 
 constexpr int kRevealTimeoutMs = 5000;
+
+// Answers from the bus threads come back through this object, made on the main thread
+// and never deleted: a bus thread may outlive everything else. They are posted and read
+// under one lock, since Qt's own event-queue lock is invisible to the thread checker.
+QObject* revealRelay()
+{
+    static QObject* relay = new QObject;
+    return relay;
+}
+
+std::mutex& revealHandOver()
+{
+    static std::mutex* lock = new std::mutex;
+    return *lock;
+}
 
 } // namespace
 
@@ -29,22 +48,46 @@ bool workspaceOpen(const std::string& path)
 
 void workspaceReveal(const std::string& path, std::function<void()> fallback)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
+    // The bus is reached on a thread of its own (cards/session_bus): connecting to a bus
+    // that accepts and never answers waits inside libdbus with no time limit, which on
+    // the main thread would freeze every window. The main thread settles the request
+    // once, with the answer or at the deadline, whichever comes first.
+    const QString address = sessionBusAddress();
+    if (address.isEmpty()) {
         fallback();
         return;
     }
+    struct Request {
+        std::function<void()> fallback;
+        bool settled = false; // main thread only
+        void settle(bool shown)
+        {
+            if (std::exchange(settled, true))
+                return;
+            if (!shown && fallback)
+                fallback();
+            fallback = nullptr;
+        }
+    };
+    auto request = std::make_shared<Request>();
+    request->fallback = std::move(fallback);
+    QTimer::singleShot(kRevealTimeoutMs + 200, qApp, [request] { request->settle(false); });
     QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"), QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("ShowItems"));
     call << QStringList{QString::fromStdString(workspaceFileUrl(path))} << QString();
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, kRevealTimeoutMs), qApp);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, qApp,
-        [fallback = std::move(fallback)](QDBusPendingCallWatcher* done) {
-            if (done->isError())
-                fallback();
-            done->deleteLater();
-        });
+    QObject* relay = revealRelay();
+    sessionBusConnectThen(address, QStringLiteral("brondel_reveal"), [call, request, relay](QDBusConnection bus) {
+        const bool shown = bus.isConnected()
+            && bus.call(call, QDBus::Block, kRevealTimeoutMs).type() == QDBusMessage::ReplyMessage;
+        if (!bus.isConnected()) // the next reveal connects afresh rather than reusing a failure
+            QDBusConnection::disconnectFromBus(bus.name());
+        std::lock_guard posting(revealHandOver());
+        QMetaObject::invokeMethod(relay, [request, shown] {
+            { std::lock_guard received(revealHandOver()); }
+            request->settle(shown);
+        }, Qt::QueuedConnection);
+    });
 }
 
 QString workspaceRevealTitle()
