@@ -4,7 +4,40 @@
 #include <QFileSystemWatcher>
 #include <QThread>
 
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+// The kernel's watch of one pane's folder, on the watcher thread. Each watch asked for
+// has a token; the thread takes the requests in the order they were made, so the tokens
+// up to the last one it handled are all settled.
+class FolderWatcher : public QFileSystemWatcher {
+    Q_OBJECT
+public:
+    void add(const QString& path, quint64 token);
+
+signals:
+    void added(quint64 token);
+};
+
 namespace {
+
+std::atomic<uint64_t> g_lastToken{0};
+
+// The last token settled, for the reads that wait on it. Never destroyed: a watcher
+// thread may still be inside a watch on a dead drive when the process exits.
+struct Settled {
+    std::mutex mutex;
+    std::condition_variable moved;
+    uint64_t through = 0;
+    uint64_t late = 0; // a token waited for in vain: the thread is stuck until it settles
+};
+
+Settled& settled()
+{
+    static Settled* state = new Settled;
+    return *state;
+}
 
 // One thread for every pane's watcher. It is never stopped: a watch being added on a
 // drive that does not answer may hold it, and quitting must not wait for that.
@@ -20,6 +53,30 @@ QThread* watcherThread()
 }
 
 } // namespace
+
+void FolderWatcher::add(const QString& path, quint64 token)
+{
+    addPath(path);
+    {
+        Settled& state = settled();
+        std::lock_guard lock(state.mutex);
+        state.through = std::max(state.through, uint64_t(token));
+    }
+    settled().moved.notify_all();
+    emit added(token);
+}
+
+bool folderWatchWait(uint64_t token, std::chrono::milliseconds limit)
+{
+    Settled& state = settled();
+    std::unique_lock lock(state.mutex);
+    if (state.through < state.late)
+        return state.through >= token; // stuck on a drive that does not answer: no wait
+    if (state.moved.wait_for(lock, limit, [&] { return state.through >= token; }))
+        return true;
+    state.late = std::max(state.late, token);
+    return false;
+}
 
 FolderWatch::FolderWatch(QObject* parent, int quietMs, int maxDelayMs)
     : QObject(parent)
@@ -38,11 +95,13 @@ FolderWatch::~FolderWatch()
         m_watcher->deleteLater(); // on its own thread, once it is free
 }
 
-void FolderWatch::watch(const std::string& path)
+uint64_t FolderWatch::watch(const std::string& path)
 {
     if (path == m_path && m_watcher)
-        return;
+        return m_token;
     m_path = path;
+    m_token = 0;
+    m_established = false;
     m_quiet.stop();
     m_deadline.stop();
     if (m_watcher) {
@@ -51,17 +110,28 @@ void FolderWatch::watch(const std::string& path)
         m_watcher->deleteLater();
     }
     if (path.empty())
-        return;
-    auto* watcher = new QFileSystemWatcher;
+        return 0;
+    auto* watcher = new FolderWatcher;
     watcher->moveToThread(watcherThread());
     m_watcher = watcher;
     // Queued: the notices come from the watcher thread.
     connect(watcher, &QFileSystemWatcher::directoryChanged, this, &FolderWatch::noticed, Qt::QueuedConnection);
+    connect(watcher, &FolderWatcher::added, this, &FolderWatch::added, Qt::QueuedConnection);
     // The path travels as a queued signal's argument, copied by Qt into the event: a
     // functor built here and read on the watcher thread would be shared memory between
     // the two threads with only Qt's event-queue lock between them.
-    connect(this, &FolderWatch::addRequested, watcher, &QFileSystemWatcher::addPath, Qt::QueuedConnection);
-    emit addRequested(QFile::decodeName(QByteArray::fromStdString(path)));
+    connect(this, &FolderWatch::addRequested, watcher, &FolderWatcher::add, Qt::QueuedConnection);
+    m_token = ++g_lastToken;
+    emit addRequested(QFile::decodeName(QByteArray::fromStdString(path)), m_token);
+    return m_token;
+}
+
+void FolderWatch::added(quint64 token)
+{
+    if (token != m_token || m_established)
+        return;
+    m_established = true;
+    emit watching();
 }
 
 void FolderWatch::noticed(const QString&)
@@ -77,3 +147,5 @@ void FolderWatch::fire()
     m_deadline.stop();
     emit changed();
 }
+
+#include "folder_watch.moc"

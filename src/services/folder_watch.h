@@ -10,9 +10,16 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <chrono>
+#include <cstdint>
 #include <string>
 
-class QFileSystemWatcher;
+class FolderWatcher;
+
+// Waits (on any thread but the UI thread) until the watch numbered `token` is in place,
+// at most `limit`; true once it is. A read that starts after this returns true misses
+// no change: whatever comes later is noticed.
+bool folderWatchWait(uint64_t token, std::chrono::milliseconds limit);
 
 class FolderWatch : public QObject {
     Q_OBJECT
@@ -21,21 +28,29 @@ public:
     explicit FolderWatch(QObject* parent = nullptr, int quietMs = 50, int maxDelayMs = 250);
     ~FolderWatch() override;
 
-    // Follows `path` from now on (an empty path follows nothing).
-    void watch(const std::string& path);
+    // Follows `path` from now on (an empty path follows nothing). Returns the watch's
+    // token for folderWatchWait (0 for none); the same path again keeps its watch.
+    uint64_t watch(const std::string& path);
     const std::string& path() const { return m_path; }
+    // Whether the kernel watches the path now.
+    bool established() const { return m_established; }
 
 signals:
     void changed();
+    // The watch asked for last is in place (a change from then on is noticed).
+    void watching();
     // To the current watcher, on its thread (internal).
-    void addRequested(const QString& path);
+    void addRequested(const QString& path, quint64 token);
 
 private:
     void noticed(const QString& path);
+    void added(quint64 token);
     void fire();
 
     std::string m_path;
-    QPointer<QFileSystemWatcher> m_watcher; // lives on the watcher thread
+    uint64_t m_token = 0;
+    bool m_established = false;
+    QPointer<FolderWatcher> m_watcher; // lives on the watcher thread
     QTimer m_quiet;
     QTimer m_deadline;
 };

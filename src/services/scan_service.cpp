@@ -12,9 +12,12 @@ ScanService::ScanService(int threads, QObject* parent)
 
 ScanService::~ScanService() = default;
 
-void ScanService::scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done)
+void ScanService::scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done,
+    std::function<void()> before)
 {
-    submit(context, [path, settings, done = std::move(done)]() -> std::function<void()> {
+    submit(context, [path, settings, done = std::move(done), before = std::move(before)]() -> std::function<void()> {
+        if (before)
+            before();
         DirNodePtr root = scanListing(path, settings);
         return [done, root] { done(root); };
     });

@@ -28,8 +28,10 @@ public:
     // main thread unless `context` has been destroyed by then. Virtual so that tests can
     // hold results back and release them in any order. The root holds its entries in
     // the compact store, names first (scanListing): their status follows through
-    // fillMeta.
-    virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done);
+    // fillMeta. `before`, when given, runs on the pool first (a wait for the folder's
+    // watch to be in place, so no change falls between the read and the watch).
+    virtual void scan(const std::string& path, const BrondelSettings& settings, QObject* context, Done done,
+        std::function<void()> before = {});
 
     // What scan() hands over, read on the calling thread.
     // With ScanMeta::Full every entry's status is read before it returns.

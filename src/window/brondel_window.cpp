@@ -14,6 +14,8 @@
 #include "fs/folder_diff.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <utility>
 #include <QApplication>
 #include <QFile>
@@ -24,6 +26,9 @@ namespace {
 constexpr int kDimDelayMs = 120;
 constexpr int kDimFadeMs = 150;
 constexpr double kDimmedAlpha = 0.5;
+// How long a folder's read waits for its watch to be in place (a few microseconds
+// normally; a drive that does not answer keeps it waiting, and the read goes ahead).
+constexpr std::chrono::milliseconds kWatchWait{150};
 
 QString decode(const std::string& text)
 {
@@ -64,6 +69,10 @@ BrondelWindow::BrondelWindow(DirNodePtr rootNode, RootKind kind, const BrowserCo
     m_veil = new DimVeil(m_contentBox, kDimFadeMs);
     m_watch = new FolderWatch(this);
     connect(m_watch, &FolderWatch::changed, this, &BrondelWindow::liveReload);
+    connect(m_watch, &FolderWatch::watching, this, [this] {
+        if (std::exchange(m_liveWhenWatched, false))
+            liveReload();
+    });
 }
 
 BrondelWindow::~BrondelWindow()
@@ -155,7 +164,18 @@ void BrondelWindow::scanThenShow(const std::string& path)
     m_scanPendingGen = gen;
     m_context.later(kDimDelayMs, this, [this, gen] { dimCheck(gen); });
     checkDrive(path);
-    m_context.scans->scan(path, *m_context.settings, this, [this, gen](DirNodePtr root) {
+    // The folder is watched from before it is read: the read waits (briefly) for the
+    // watch, so a change made meanwhile is either in the read or noticed after it. When
+    // the watch is late (a slow drive), the folder is read again once it is in place.
+    const uint64_t token = m_watch->watch(path);
+    m_liveAfterLoad = false;
+    m_liveWhenWatched = false;
+    auto unwatched = std::make_shared<std::atomic<bool>>(false);
+    auto waitForWatch = [token, unwatched] {
+        if (token && !folderWatchWait(token, kWatchWait))
+            unwatched->store(true);
+    };
+    m_context.scans->scan(path, *m_context.settings, this, [this, gen, unwatched](DirNodePtr root) {
         if (m_scanGeneration != gen) {
             releaseInBackground(std::move(root)); // the user has moved on: a stale result never shows
             return;
@@ -163,7 +183,6 @@ void BrondelWindow::scanThenShow(const std::string& path)
         m_scanPendingGen.reset();
         setOpacity(1.0, false);
         releaseInBackground(std::exchange(m_rootNode, std::move(root))); // a big tree frees off the UI thread
-        m_watch->watch(m_rootNode->store ? m_rootPath : std::string());
         rebuildMode(m_currentMode);
         if (!m_selectAfterLoad.empty()) {
             const std::vector<std::string> paths = std::exchange(m_selectAfterLoad, {});
@@ -172,7 +191,12 @@ void BrondelWindow::scanThenShow(const std::string& path)
             else
                 contentViewSelectAll(m_contentView, paths);
         }
-    });
+        // Changes noticed while the read was on its way, or a watch that came after it.
+        if (unwatched->load() && !m_watch->established())
+            m_liveWhenWatched = true;
+        else if (std::exchange(m_liveAfterLoad, false) || unwatched->load())
+            liveReload();
+    }, std::move(waitForWatch));
 }
 
 void BrondelWindow::checkDrive(const std::string& path)
@@ -327,8 +351,11 @@ void BrondelWindow::reload()
 
 void BrondelWindow::liveReload()
 {
-    // A load on its way shows the folder as it is anyway.
-    if (m_isComputerRoot || m_scanPendingGen || !m_rootNode || !m_rootNode->store)
+    if (m_scanPendingGen) {
+        m_liveAfterLoad = true; // the read on its way may have passed the change already
+        return;
+    }
+    if (m_isComputerRoot || !m_rootNode || !m_rootNode->store)
         return;
     if (m_liveBusy) {
         m_liveAgain = true;

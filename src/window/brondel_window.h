@@ -135,5 +135,7 @@ private:
     FolderWatch* m_watch = nullptr;
     bool m_liveBusy = false;  // a read after a change is on its way
     bool m_liveAgain = false; // and more changes came meanwhile
+    bool m_liveAfterLoad = false;   // changes noticed while a load was on its way
+    bool m_liveWhenWatched = false; // a load read before its watch was in place
     std::shared_ptr<IconViewMemory> m_iconMemory;   // the icon view's place, across rebuilds
 };

@@ -26,6 +26,27 @@ int slowdown()
 class FolderWatchTest : public QObject {
     Q_OBJECT
 private slots:
+    // A read that waits on the token starts once the kernel watches the folder; the pane
+    // hears of it once; the same folder again keeps its watch, no folder has none.
+    void aWatchTellsWhenItIsInPlace()
+    {
+        TempTree tree;
+        FolderWatch watch;
+        QSignalSpy watching(&watch, &FolderWatch::watching);
+        QCOMPARE(watch.watch({}), uint64_t(0));
+        const uint64_t token = watch.watch(tree.root());
+        QVERIFY(token > 0);
+        QVERIFY(folderWatchWait(token, std::chrono::seconds(5)));
+        QTRY_COMPARE(watching.count(), 1);
+        QVERIFY(watch.established());
+        QCOMPARE(watch.watch(tree.root()), token);
+        const uint64_t next = watch.watch(tree.path("."));
+        QVERIFY(next > token);
+        QVERIFY(!watch.established());
+        QVERIFY(folderWatchWait(next, std::chrono::seconds(5)));
+        QTRY_COMPARE(watching.count(), 2);
+    }
+
     void aBurstIsOneNoticeSoonAfterItsEnd()
     {
         TempTree tree;

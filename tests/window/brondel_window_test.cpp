@@ -539,6 +539,54 @@ private slots:
             QVERIFY(!model->indexOfPath(tree.path("c.txt")).isValid());
         }
     }
+
+    // A change that comes after the folder was read but before the read is shown is not
+    // lost: the watch was in place before the read, and the notice it gave meanwhile
+    // reads the folder again once the first read is shown.
+    void aChangeWhileTheReadIsOnItsWayShows()
+    {
+        // Reads in two steps the test controls: the folder read, then the hand-over.
+        class TwoStepScans : public ScanService {
+        public:
+            void scan(const std::string& path, const BrondelSettings&, QObject*, Done done,
+                std::function<void()> before) override
+            {
+                m_path = path;
+                m_done = std::move(done);
+                m_before = std::move(before);
+            }
+            void read()
+            {
+                if (m_before)
+                    m_before();
+                m_root = ScanService::scanListing(m_path, BrondelSettings{});
+            }
+            void deliver() { m_done(m_root); }
+
+        private:
+            std::string m_path;
+            Done m_done;
+            std::function<void()> m_before;
+            DirNodePtr m_root;
+        };
+        TempTree tree;
+        tree.file("a.txt");
+        TestContext t;
+        TwoStepScans scans;
+        t.context.scans = &scans;
+        auto pane = paneAt(t, tree.root());
+        pane->rebuildMode(ViewMode::List);
+        pane->showLocation(tree.root());
+        scans.read();
+        tree.file("b.txt");
+        QTest::qWait(400); // the notice arrives and its burst ends while the read is held
+        scans.deliver();
+        auto* items = qobject_cast<QAbstractItemView*>(pane->contentView());
+        QVERIFY(items);
+        const NodeTreeModel* model = contentModel(items);
+        QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(), 2, 10000);
+        QVERIFY(model->indexOfPath(tree.path("b.txt")).isValid());
+    }
 };
 
 BRONDEL_GUI_TEST_MAIN(BrondelWindowTest)

@@ -52,11 +52,13 @@ public:
         std::string path;
         QPointer<QObject> context;
         Done done;
+        std::function<void()> before;
     };
 
-    void scan(const std::string& path, const BrondelSettings&, QObject* context, Done done) override
+    void scan(const std::string& path, const BrondelSettings&, QObject* context, Done done,
+        std::function<void()> before = {}) override
     {
-        m_requests.push_back({path, context, std::move(done)});
+        m_requests.push_back({path, context, std::move(done), std::move(before)});
     }
 
     size_t count() const { return m_requests.size(); }
@@ -71,6 +73,8 @@ public:
         if (!r.context)
             return;
         ++m_delivered;
+        if (r.before)
+            r.before();
         r.done(ScanService::scanListing(r.path, BrondelSettings{}));
     }
     void finishAll()
