@@ -35,6 +35,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
 
 // What a load found, handed from the pool to the window whole.
 struct PreviewResult {
