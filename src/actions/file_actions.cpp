@@ -162,9 +162,10 @@ void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const Deskt
     auto* list = new QListWidget(dialog);
     list->setObjectName(QStringLiteral("applications"));
     std::vector<const DesktopApp*> shown;
+    // Pointers into the index itself (a const QHash's [] gives a copy, gone at once).
     for (const QString& id : apps->appOrder)
-        if (const DesktopApp& app = apps->apps[id]; !app.noDisplay)
-            shown.push_back(&app);
+        if (const auto app = apps->apps.constFind(id); app != apps->apps.constEnd() && !app->noDisplay)
+            shown.push_back(&*app);
     std::sort(shown.begin(), shown.end(),
         [](const DesktopApp* a, const DesktopApp* b) { return a->name.localeAwareCompare(b->name) < 0; });
     for (const DesktopApp* app : shown) {
