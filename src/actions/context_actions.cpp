@@ -7,9 +7,9 @@
 #include "config/pinned_file.h"
 #include "config/recents.h"
 #include "fs/file_io.h"
-#include "fs/new_folder.h"
 #include "fs/paths.h"
 #include "fs/trash_op.h"
+#include "ops/op_types.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
 #include "services/scan_service.h"
@@ -19,7 +19,6 @@
 #include <QMimeDatabase>
 #include <QPointer>
 
-#include <cerrno>
 
 namespace {
 
@@ -28,13 +27,8 @@ QString decode(const std::string& text)
     return QFile::decodeName(QByteArray::fromStdString(text));
 }
 
-struct TrashFailure {
-    std::string path;
-    int error = 0;
-};
-
 // One alert for all the items that stayed where they were.
-void trashAlert(QWidget* parent, const std::vector<TrashFailure>& failed)
+void trashAlert(QWidget* parent, const std::vector<OpItemError>& failed)
 {
     QStringList lines;
     for (const auto& failure : failed)
@@ -151,29 +145,25 @@ void ContextActions::trash(BrondelWindow& pane, std::vector<std::string> paths)
 {
     if (paths.empty())
         return;
+    // A job of the file operations, so that Undo puts the items back; what stays where it
+    // was is listed in one alert at the end instead of a question per item.
+    OpRequest request;
+    request.kind = OpKind::Trash;
+    request.sources = std::move(paths);
+    request.onError = OpOnError::Skip;
     const BrowserContext* context = &pane.context();
     QPointer<QWidget> window(pane.window());
-    context->scans->submit(qApp, [context, window, paths = std::move(paths)]() -> std::function<void()> {
-        std::vector<std::string> trashed;
-        std::vector<TrashFailure> failed;
-        for (const auto& path : paths) {
-            TrashOp::Outcome outcome = TrashOp::trash(path);
-            if (outcome)
-                trashed.push_back(path);
-            else
-                failed.push_back({path, outcome.error});
-        }
-        return [context, window, trashed, failed] {
-            // The refresh goes first, so the windows are up to date behind the alert.
-            if (!trashed.empty())
-                edit(*context, [trashed] {
-                    for (const auto& path : trashed)
-                        pinnedRemove(path);
-                    return true;
-                });
-            if (!failed.empty())
-                trashAlert(window, failed);
-        };
+    FileActions::run(*context, window, request, [context, window, sources = request.sources](const OpResult& result) {
+        // The refresh goes first, so the windows are up to date behind the alert. What
+        // left its place (a cancelled job may have left some) leaves the favourites.
+        edit(*context, [sources] {
+            for (const auto& path : sources)
+                if (!pathTaken(path))
+                    pinnedRemove(path);
+            return true;
+        });
+        if (!result.failed.empty())
+            trashAlert(window, result.failed);
     });
 }
 
@@ -181,21 +171,16 @@ void ContextActions::newFolder(BrondelWindow& pane)
 {
     if (pane.isComputerRoot())
         return;
-    const std::string folder = pane.rootPath();
-    pane.context().scans->submit(&pane, [&pane, folder]() -> std::function<void()> {
-        errno = 0;
-        const std::optional<std::string> path = newFolderCreate(folder);
-        const bool made = path.has_value();
-        const int error = made ? 0 : (errno ? errno : EEXIST);
-        return [&pane, made, error, path] {
-            if (made) {
-                pane.renameAfterLoad(*path); // named at once, in place
-                refreshView(pane);
-            }
-            else // a folder one may not write to, a full or read-only disk: say so
-                ActionDialogs::current().alert(pane.window(), QObject::tr("The new folder could not be created."),
-                    QString::fromStdString(TrashOp::describe(error)));
-        };
+    OpRequest request;
+    request.kind = OpKind::NewFolder;
+    request.targetDir = pane.rootPath(); // no name: the first free "untitled folder"
+    QPointer<BrondelWindow> owner(&pane);
+    // A failure is told by the job's own alert.
+    FileActions::run(pane.context(), pane.window(), request, [owner](const OpResult& result) {
+        if (!owner || result.created.empty())
+            return;
+        owner->renameAfterLoad(result.created.front()); // named at once, in place
+        refreshView(*owner);
     });
 }
 

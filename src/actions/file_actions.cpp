@@ -5,12 +5,14 @@
 #include "fs/paths.h"
 #include "services/drop_action.h"
 #include "fs/file_io.h"
+#include "fs/mime_apps_edit.h"
 #include "ops/op_queue.h"
 #include "services/scan_service.h"
 #include "window/brondel_window.h"
 #include "window/browser_frame.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QApplication>
 #include <QClipboard>
 #include <QCursor>
@@ -20,9 +22,11 @@
 #include <QListWidget>
 #include <QLocale>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeDatabase>
 #include <QPointer>
 #include <QProcess>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <cstring>
@@ -90,6 +94,7 @@ QString failureTitle(const OpRequest& request)
     case OpKind::NewFolder: return QObject::tr("The new folder could not be created.");
     case OpKind::Trash: return QObject::tr("The items could not be moved to the Trash.");
     case OpKind::Restore: return QObject::tr("The items could not be put back.");
+    case OpKind::Delete: return QObject::tr("The items could not be deleted.");
     }
     return {};
 }
@@ -124,7 +129,31 @@ QStringList typesOf(const std::string& path)
     return types;
 }
 
-void chooseOther(QWidget* parent, std::shared_ptr<const DesktopAppIndex> apps, const std::string& path)
+// Makes `id` the default application of `type` in the user's mimeapps.list, in the
+// background; the applications are read again afterwards, so the next Open uses it.
+void setDefaultApp(ScanService* work, QPointer<QWidget> window, const QString& type, const QString& id)
+{
+    if (!work || type.isEmpty())
+        return;
+    work->submit(nullptr, [window, type, id]() -> std::function<void()> {
+        const DesktopAppDirs dirs = desktopAppDirsFromEnvironment();
+        const std::string list = QFile::encodeName(dirs.configDirs.value(0)).toStdString() + "/mimeapps.list";
+        const int error = mimeAppsSetDefault(list, type.toStdString(), id.toStdString());
+        {
+            std::lock_guard lock(g_appsMutex);
+            g_apps.reset(); // read again on next use
+        }
+        appsIndex();
+        return [window, error] {
+            if (error)
+                ActionDialogs::current().alert(window, QObject::tr("The default application could not be set."),
+                    QString::fromLocal8Bit(std::strerror(error)));
+        };
+    });
+}
+
+void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const DesktopAppIndex> apps, const QString& type,
+    const std::string& path)
 {
     auto* dialog = new QDialog(parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -133,9 +162,10 @@ void chooseOther(QWidget* parent, std::shared_ptr<const DesktopAppIndex> apps, c
     auto* list = new QListWidget(dialog);
     list->setObjectName(QStringLiteral("applications"));
     std::vector<const DesktopApp*> shown;
+    // Pointers into the index itself (a const QHash's [] gives a copy, gone at once).
     for (const QString& id : apps->appOrder)
-        if (const DesktopApp& app = apps->apps[id]; !app.noDisplay)
-            shown.push_back(&app);
+        if (const auto app = apps->apps.constFind(id); app != apps->apps.constEnd() && !app->noDisplay)
+            shown.push_back(&*app);
     std::sort(shown.begin(), shown.end(),
         [](const DesktopApp* a, const DesktopApp* b) { return a->name.localeAwareCompare(b->name) < 0; });
     for (const DesktopApp* app : shown) {
@@ -143,11 +173,18 @@ void chooseOther(QWidget* parent, std::shared_ptr<const DesktopAppIndex> apps, c
         row->setData(Qt::UserRole, app->id);
     }
     layout->addWidget(list);
+    const QMimeType mime = QMimeDatabase().mimeTypeForName(type);
+    auto* always = new QCheckBox(QObject::tr("Always open %1 files with it")
+                                     .arg(mime.comment().isEmpty() ? type : mime.comment()), dialog);
+    always->setObjectName(QStringLiteral("setDefault"));
+    layout->addWidget(always);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel, dialog);
     layout->addWidget(buttons);
-    auto open = [dialog, list, apps, path] {
+    auto open = [dialog, list, always, work, apps, type, path] {
         if (QListWidgetItem* row = list->currentItem()) {
             const DesktopApp& app = apps->apps[row->data(Qt::UserRole).toString()];
+            if (always->isChecked())
+                setDefaultApp(work, dialog->parentWidget(), type, app.id);
             if (!FileActions::launch(app, {path}))
                 ActionDialogs::current().alert(dialog->parentWidget(), QObject::tr("“%1” could not be started.").arg(app.name), {});
         }
@@ -159,8 +196,8 @@ void chooseOther(QWidget* parent, std::shared_ptr<const DesktopAppIndex> apps, c
     dialog->open();
 }
 
-void fillApps(QMenu& menu, QWidget* parent, std::shared_ptr<const DesktopAppIndex> apps, const QStringList& types,
-    const std::string& path)
+void fillApps(QMenu& menu, QWidget* parent, ScanService* work, std::shared_ptr<const DesktopAppIndex> apps,
+    const QStringList& types, const std::string& path)
 {
     menu.clear();
     const QStringList ids = desktopAppsFor(*apps, types);
@@ -177,23 +214,54 @@ void fillApps(QMenu& menu, QWidget* parent, std::shared_ptr<const DesktopAppInde
         menu.addSeparator();
     QPointer<QWidget> window(parent);
     QObject::connect(menu.addAction(QObject::tr("Other Application…")), &QAction::triggered, &menu,
-        [window, apps, path] { chooseOther(window, apps, path); });
+        [window, work, apps, type = types.value(0), path] { chooseOther(window, work, apps, type, path); });
 }
 
 } // namespace
 
-void FileActions::run(const BrowserContext& context, QWidget* parent, const OpRequest& request)
+void FileActions::run(const BrowserContext& context, QWidget* parent, const OpRequest& request,
+    std::function<void(const OpResult&)> done)
 {
     if (!context.ops)
         return;
     const OpJobId job = context.ops->submit(request);
     QPointer<QWidget> window(parent);
-    JobEnds::of(*context.ops).add(job, [window, request](const OpResult& result) {
-        if (result.status != OpStatus::Failed)
-            return;
-        ActionDialogs::current().alert(window, failureTitle(request),
-            result.error ? QString::fromLocal8Bit(std::strerror(result.error)) : QString());
+    JobEnds::of(*context.ops).add(job, [window, request, done = std::move(done)](const OpResult& result) {
+        if (result.status == OpStatus::Failed)
+            ActionDialogs::current().alert(window, failureTitle(request),
+                result.error ? QString::fromLocal8Bit(std::strerror(result.error)) : QString());
+        if (done)
+            done(result);
     });
+}
+
+void FileActions::deleteForGood(BrondelWindow& pane, std::vector<std::string> paths)
+{
+    if (paths.empty())
+        return;
+    const QString question = paths.size() == 1
+        ? QObject::tr("Delete “%1” permanently?").arg(nameOf(paths.front()))
+        : QObject::tr("Delete %n items permanently?", nullptr, int(paths.size()));
+    auto* box = new QMessageBox(QMessageBox::Warning, QObject::tr("Delete Permanently"), question,
+        QMessageBox::NoButton, pane.window());
+    box->setObjectName(QStringLiteral("deleteForGood"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setInformativeText(QObject::tr("This cannot be undone."));
+    QPushButton* remove = box->addButton(QObject::tr("Delete"), QMessageBox::DestructiveRole);
+    QPushButton* cancel = box->addButton(QMessageBox::Cancel);
+    box->setDefaultButton(cancel); // Return keeps the files
+    box->setEscapeButton(cancel);
+    const BrowserContext* context = &pane.context();
+    QPointer<QWidget> window(pane.window());
+    QObject::connect(box, &QMessageBox::buttonClicked, box, [context, window, remove, paths](QAbstractButton* button) {
+        if (button != remove)
+            return;
+        OpRequest request;
+        request.kind = OpKind::Delete;
+        request.sources = paths;
+        run(*context, window, request);
+    });
+    box->open();
 }
 
 void FileActions::cut(const std::vector<std::string>& paths)
@@ -220,7 +288,7 @@ void FileActions::drop(BrondelWindow& pane, std::vector<std::string> paths, cons
 {
     if (paths.empty() || folder.empty())
         return;
-    const Qt::KeyboardModifiers keys = QGuiApplication::keyboardModifiers();
+    const Qt::KeyboardModifiers keys = dropKeys();
     const QPoint at = QCursor::pos();
     QPointer<BrondelWindow> owner(&pane);
     // The devices are asked in the background (a drive may not answer).
@@ -310,12 +378,13 @@ void FileActions::openWithFill(QMenu& menu, BrondelWindow& pane, const std::stri
     menu.addAction(QObject::tr("Looking for applications…"))->setEnabled(false);
     QPointer<QMenu> target(&menu);
     QPointer<QWidget> window(pane.window());
-    pane.context().scans->submit(&menu, [target, window, path]() -> std::function<void()> {
+    ScanService* work = pane.context().scans;
+    work->submit(&menu, [target, window, work, path]() -> std::function<void()> {
         auto apps = appsIndex();
         const QStringList types = typesOf(path);
-        return [target, window, apps, types, path] {
+        return [target, window, work, apps, types, path] {
             if (target)
-                fillApps(*target, window, apps, types, path);
+                fillApps(*target, window, work, apps, types, path);
         };
     });
 }

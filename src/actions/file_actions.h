@@ -6,6 +6,7 @@
 
 #include "fs/desktop_apps.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@ class QMenu;
 class QWidget;
 struct BrowserContext;
 struct OpRequest;
+struct OpResult;
 
 struct FileActions {
     // Puts the items on the clipboard, to be moved by the next paste.
@@ -31,8 +33,13 @@ struct FileActions {
     static void redo(const BrowserContext& context, QWidget* parent);
     // Keeps the items' texts ("Undo Rename") and enabled state current.
     static void followUndo(const BrowserContext& context, QAction* undo, QAction* redo);
-    // Submits `request`; an alert on `parent` says why when it fails.
-    static void run(const BrowserContext& context, QWidget* parent, const OpRequest& request);
+    // Submits `request`; an alert on `parent` says why when it fails. `done`, when given,
+    // receives the result once the job has ended (after that alert).
+    static void run(const BrowserContext& context, QWidget* parent, const OpRequest& request,
+        std::function<void(const OpResult&)> done = {});
+    // Deletes the items for good once the user has agreed in a box that says it cannot
+    // be undone (Shift+Delete); the box does not block the event loop.
+    static void deleteForGood(BrondelWindow& pane, std::vector<std::string> paths);
 
     // Fills the Open With submenu of `path`: the applications for its type, the default
     // first, then "Other Application…". The list is read in the background the first

@@ -197,6 +197,10 @@ void fileMenu(QMenuBar* bar, BrowserFrame* frame)
     });
     QAction* trash = item(file, QObject::tr("Move to Trash"), Shortcut::Trash, "trash", frame, &BrowserFrame::trashSelected);
     trash->setShortcuts({shortcutKeys(Shortcut::Trash), shortcutKeys(Shortcut::TrashKey)});
+    item(file, QObject::tr("Delete Permanently\u2026"), Shortcut::DeleteNow, "trash.slash", frame, [frame] {
+        if (frame->routed())
+            FileActions::deleteForGood(*frame->routed(), ContextActions::selectedPaths(*frame));
+    });
     file->addSeparator();
     item(file, QObject::tr("Add to Favorites"), Shortcut::AddToFavorites, "star", frame,
         [frame] { ContextActions::favAddPaths(*frame->routed(), targets(frame)); });

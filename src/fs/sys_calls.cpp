@@ -36,7 +36,7 @@ const SysCalls kReal = {
     ::mkdir, ::stat, ::lstat, realFstatat, ::statx, ::readlink, ::fchmod, ::fstat, realGetdents64,
     realCopyFileRange, realRenameat2, realFchmodat, realUtimensat, ::fchown, ::flistxattr, realFgetxattr,
     realFsetxattr, ::symlink, ::fdatasync, ::rmdir, ::posix_fadvise,
-    ::chmod, ::chown,
+    ::chmod, ::chown, ::unlinkat,
 };
 
 std::atomic<const SysCalls*> g_current{&kReal};

@@ -47,6 +47,9 @@ struct SysCalls {
     // Permission and ownership changes (the Properties window); both follow links.
     int (*chmod)(const char* path, mode_t mode);
     int (*chown)(const char* path, uid_t owner, gid_t group);
+    // Removes the entry `path` of the open folder `dirfd` (AT_REMOVEDIR: an empty folder),
+    // never following a link: what deleting for good walks through.
+    int (*unlinkat)(int dirfd, const char* path, int flags);
 };
 
 // The table in force (the real calls unless a test overrides them).

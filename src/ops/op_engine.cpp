@@ -55,6 +55,7 @@ const char* kindTitle(OpKind kind)
     case OpKind::NewFolder: return "New Folder";
     case OpKind::Trash: return "Move to Trash";
     case OpKind::Restore: return "Put Back";
+    case OpKind::Delete: return "Delete";
     }
     return "";
 }

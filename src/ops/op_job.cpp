@@ -3,6 +3,7 @@
 #include "fs/dir_fd.h"
 #include "fs/file_io.h"
 #include "fs/sys_calls.h"
+#include "fs/new_folder.h"
 #include "fs/trash_op_linux.h"
 #include "ops/trash_restore.h"
 
@@ -34,6 +35,14 @@ int listNames(const std::string& path, std::vector<std::string>& names)
     return dirForEachEntry(dir.fd(), buffer, [&](const char* name, unsigned char) { names.emplace_back(name); });
 }
 
+OpResult failedWith(int error)
+{
+    OpResult result;
+    result.status = OpStatus::Failed;
+    result.error = error;
+    return result;
+}
+
 // A name a rename or a new folder may take: one component, not "." or "..".
 bool validName(const std::string& name)
 {
@@ -50,31 +59,6 @@ OpJob::OpJob(OpControl& control, OpObserver& observer, OpRecord* record)
     , m_lastTick(std::chrono::steady_clock::now())
     , m_rateMark(m_lastTick)
 {
-}
-
-template <typename Call>
-OpJob::Flow OpJob::attempt(const std::string& path, Call call)
-{
-    for (;;) {
-        if (!checkpoint())
-            return Flow::Stop;
-        const int error = call();
-        if (error == 0)
-            return Flow::Ok;
-        if (m_control.cancelled())
-            return Flow::Stop;
-        const ErrorChoice choice = m_observer.askError({++m_questions, path, error});
-        if (choice == ErrorChoice::Retry)
-            continue;
-        if (m_result.error == 0)
-            m_result.error = error;
-        if (choice == ErrorChoice::Skip) {
-            ++m_result.skipped;
-            return Flow::Skipped;
-        }
-        m_control.cancel();
-        return Flow::Stop;
-    }
 }
 
 bool OpJob::checkpoint()
@@ -451,9 +435,9 @@ OpResult OpJob::runCopyOrMove(const OpRequest& request)
 {
     struct stat dir;
     if (sysCalls().stat(request.targetDir.c_str(), &dir) != 0)
-        return {OpStatus::Failed, errno, {}, 0};
+        return failedWith(errno);
     if (!S_ISDIR(dir.st_mode))
-        return {OpStatus::Failed, ENOTDIR, {}, 0};
+        return failedWith(ENOTDIR);
     // Never into itself: no source folder may be the destination or one of its ancestors.
     // (A rename into itself the kernel refuses on its own.)
     const bool copy = request.kind == OpKind::Copy;
@@ -466,7 +450,7 @@ OpResult OpJob::runCopyOrMove(const OpRequest& request)
     for (std::string at = request.targetDir; !folders.empty() && !at.empty(); at = pathParent(at)) {
         struct stat up;
         if (sysCalls().stat(at.c_str(), &up) == 0 && folders.count({up.st_dev, up.st_ino}))
-            return {OpStatus::Failed, EINVAL, {}, 0};
+            return failedWith(EINVAL);
         if (at == "/")
             break;
     }
@@ -494,7 +478,7 @@ OpResult OpJob::runCopyOrMove(const OpRequest& request)
 OpResult OpJob::runRename(const OpRequest& request)
 {
     if (request.sources.size() != 1 || !validName(request.name))
-        return {OpStatus::Failed, EINVAL, {}, 0};
+        return failedWith(EINVAL);
     const std::string& source = request.sources[0];
     const std::string target = opJoin(pathParent(source), request.name);
     if (target == source)
@@ -509,7 +493,7 @@ OpResult OpJob::runRename(const OpRequest& request)
         error = opRenameNoReplace(source, target);
     }
     if (error)
-        return {OpStatus::Failed, error, {}, 0};
+        return failedWith(error);
     note(OpStepKind::Moved, source, target);
     m_result.created.push_back(target);
     return m_result;
@@ -517,14 +501,23 @@ OpResult OpJob::runRename(const OpRequest& request)
 
 OpResult OpJob::runNewFolder(const OpRequest& request)
 {
+    if (request.name.empty()) {
+        errno = 0;
+        const std::optional<std::string> made = newFolderCreate(request.targetDir);
+        if (!made)
+            return failedWith(errno ? errno : EEXIST);
+        note(OpStepKind::NewFolder, {}, *made);
+        m_result.created.push_back(*made);
+        return m_result;
+    }
     if (!validName(request.name))
-        return {OpStatus::Failed, EINVAL, {}, 0};
+        return failedWith(EINVAL);
     std::string target = opJoin(request.targetDir, request.name);
     for (int n = 2;; ++n) {
         if (sysCalls().mkdir(target.c_str(), 0777) == 0)
             break;
         if (errno != EEXIST || n > 10000)
-            return {OpStatus::Failed, errno, {}, 0};
+            return failedWith(errno);
         target = opJoin(request.targetDir, opKeepBothName(request.name, n, true));
     }
     note(OpStepKind::NewFolder, {}, target);
@@ -534,6 +527,7 @@ OpResult OpJob::runNewFolder(const OpRequest& request)
 
 OpResult OpJob::run(const OpRequest& request)
 {
+    m_onError = request.onError;
     if (m_record)
         m_record->request = request;
     switch (request.kind) {
@@ -567,6 +561,9 @@ OpResult OpJob::run(const OpRequest& request)
         for (const std::string& source : request.sources)
             if (restoreItem(source) == Flow::Stop)
                 break;
+        break;
+    case OpKind::Delete:
+        runDelete(request);
         break;
     }
     tick(true);

@@ -55,10 +55,14 @@ private:
     OpResult runCopyOrMove(const OpRequest& request);
     OpResult runRename(const OpRequest& request);
     OpResult runNewFolder(const OpRequest& request);
+    // Deleting for good (op_delete.cpp): every item through the descriptor of its folder.
+    void runDelete(const OpRequest& request);
+    Flow removeAt(int dirFd, const std::string& dirPath, const std::string& name, dev_t device);
 
     OpControl& m_control;
     OpObserver& m_observer;
     OpRecord* m_record;
+    OpOnError m_onError = OpOnError::Ask;
     OpResult m_result;
     OpProgress m_progress;
     std::string m_placed; // where the item last finished went (a top-level one, once its walk returns)
@@ -69,3 +73,32 @@ private:
     std::chrono::steady_clock::time_point m_rateMark; // when the rate was last measured
     uint64_t m_lastBytes = 0;                         // bytesDone then
 };
+
+// Runs `call` (0 or an errno) until it works, or the user skips or stops the item after
+// a failure; a job that skips without asking lists the item and goes on.
+template <typename Call>
+OpJob::Flow OpJob::attempt(const std::string& path, Call call)
+{
+    for (;;) {
+        if (!checkpoint())
+            return Flow::Stop;
+        const int error = call();
+        if (error == 0)
+            return Flow::Ok;
+        if (m_control.cancelled())
+            return Flow::Stop;
+        const ErrorChoice choice =
+            m_onError == OpOnError::Skip ? ErrorChoice::Skip : m_observer.askError({++m_questions, path, error});
+        if (choice == ErrorChoice::Retry)
+            continue;
+        if (m_result.error == 0)
+            m_result.error = error;
+        m_result.failed.push_back({path, error});
+        if (choice == ErrorChoice::Skip) {
+            ++m_result.skipped;
+            return Flow::Skipped;
+        }
+        m_control.cancel();
+        return Flow::Stop;
+    }
+}

@@ -38,7 +38,8 @@ struct JobState {
 dev_t jobDevice(const OpRequest& request)
 {
     std::string path = request.targetDir;
-    if (request.kind == OpKind::Rename || request.kind == OpKind::Trash || request.kind == OpKind::Restore)
+    if (request.kind == OpKind::Rename || request.kind == OpKind::Trash || request.kind == OpKind::Restore
+        || request.kind == OpKind::Delete)
         path = request.sources.empty() ? std::string() : pathParent(request.sources.front());
     struct stat st;
     return !path.empty() && sysCalls().stat(path.c_str(), &st) == 0 ? st.st_dev : 0;

@@ -9,17 +9,24 @@
 
 using OpJobId = uint64_t;
 
-enum class OpKind { Copy, Move, Rename, NewFolder, Trash, Restore };
+// Delete removes for good: it records nothing to undo, so the undo stack never holds it.
+enum class OpKind { Copy, Move, Rename, NewFolder, Trash, Restore, Delete };
+
+// What a job does when an item fails: asks (Retry, Skip or Cancel), or skips the item
+// without asking; either way a skipped item is listed in the result.
+enum class OpOnError { Ask, Skip };
 
 struct OpRequest {
     OpKind kind = OpKind::Copy;
-    // Copy, Move, Trash: the items; Restore: items inside the Trash's files/ folder;
-    // Rename: the one item renamed.
+    // Copy, Move, Trash, Delete: the items; Restore: items inside the Trash's files/
+    // folder; Rename: the one item renamed.
     std::vector<std::string> sources;
     // Copy, Move: the destination folder; NewFolder: the folder the new one goes in.
     std::string targetDir;
-    // Rename: the item's new name (one component); NewFolder: the new folder's name.
+    // Rename: the item's new name (one component); NewFolder: the new folder's name, or
+    // none for the first free "untitled folder", "untitled folder 2", ...
     std::string name;
+    OpOnError onError = OpOnError::Ask;
 };
 
 // A snapshot of a running job. Totals grow while the job is still counting its sources.
@@ -79,11 +86,19 @@ enum class OpStatus {
     Failed,    // could not start (no such destination, a target inside its source, ...)
 };
 
+// An item left as it was after it failed: `error` is the errno.
+struct OpItemError {
+    std::string path;
+    int error = 0;
+    bool operator==(const OpItemError&) const = default;
+};
+
 struct OpResult {
     OpStatus status = OpStatus::Done;
     int error = 0;                     // why it failed, when it did
     std::vector<std::string> created;  // the top-level items made (copies, moved items, the new folder)
     uint64_t skipped = 0;              // items skipped by conflict or error answers
+    std::vector<OpItemError> failed;   // the items skipped after an error, in order
 };
 
 // How an undo or a redo ended.

@@ -2,6 +2,10 @@
 
 #include "fs/file_io.h"
 
+#include <QGuiApplication>
+
+#include <optional>
+
 DropChoice dropChoose(Qt::KeyboardModifiers keys, const DropFacts& facts)
 {
     if (facts.intoItself)
@@ -31,4 +35,27 @@ DropFacts dropFactsOfPaths(const std::vector<std::string>& sources, const std::s
             facts.intoItself = true;
     }
     return facts;
+}
+
+namespace {
+
+std::optional<Qt::KeyboardModifiers> g_noted; // UI thread only
+
+} // namespace
+
+Qt::KeyboardModifiers dropKeys()
+{
+    return g_noted ? *g_noted : QGuiApplication::keyboardModifiers();
+}
+
+DropKeysNote::DropKeysNote(Qt::KeyboardModifiers keys)
+    : m_previous(g_noted.value_or(Qt::NoModifier))
+    , m_hadPrevious(g_noted.has_value())
+{
+    g_noted = keys;
+}
+
+DropKeysNote::~DropKeysNote()
+{
+    g_noted = m_hadPrevious ? std::optional<Qt::KeyboardModifiers>(m_previous) : std::nullopt;
 }

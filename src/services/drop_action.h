@@ -19,6 +19,24 @@ struct DropFacts {
 
 DropChoice dropChoose(Qt::KeyboardModifiers keys, const DropFacts& facts);
 
+// The keys held at the drop being delivered now. Qt's item views hand their model the
+// dropped data without the drop event's keys, so a view notes them (DropKeysNote) around
+// its own handling of the event; outside such a note, the keyboard's state now.
+Qt::KeyboardModifiers dropKeys();
+
+// Notes `keys` as the drop's keys for its own lifetime (UI thread only; they nest).
+class DropKeysNote {
+public:
+    explicit DropKeysNote(Qt::KeyboardModifiers keys);
+    ~DropKeysNote();
+    DropKeysNote(const DropKeysNote&) = delete;
+    DropKeysNote& operator=(const DropKeysNote&) = delete;
+
+private:
+    Qt::KeyboardModifiers m_previous;
+    bool m_hadPrevious;
+};
+
 // The facts that need no disk: whether every source sits in `target`, or the target is
 // a source or lies below one (paths as given, without trailing slashes).
 DropFacts dropFactsOfPaths(const std::vector<std::string>& sources, const std::string& target);

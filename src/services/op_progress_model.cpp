@@ -45,6 +45,7 @@ QString opProgressTitle(OpKind kind, const OpProgress& progress)
     case OpKind::NewFolder: verb = tr("Making a folder"); break;
     case OpKind::Trash: verb = tr("Moving to the Trash"); break;
     case OpKind::Restore: verb = tr("Putting back"); break;
+    case OpKind::Delete: verb = tr("Deleting"); break;
     }
     return progress.currentItem.empty() ? verb : verb + ' ' + nameOf(progress.currentItem);
 }

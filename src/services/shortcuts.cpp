@@ -21,6 +21,7 @@ QKeySequence shortcutKeys(Shortcut shortcut)
     case Shortcut::Redo: return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
     case Shortcut::Rename: return QKeySequence(Qt::Key_F2);
     case Shortcut::TrashKey: return QKeySequence(Qt::Key_Delete);
+    case Shortcut::DeleteNow: return QKeySequence(Qt::SHIFT | Qt::Key_Delete);
     case Shortcut::SelectAll: return QKeySequence(Qt::CTRL | Qt::Key_A);
     case Shortcut::Find: return QKeySequence(Qt::CTRL | Qt::Key_F);
     case Shortcut::AsIcons: return QKeySequence(Qt::CTRL | Qt::Key_1);

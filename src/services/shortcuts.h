@@ -25,6 +25,7 @@ enum class Shortcut {
     Redo,
     Rename,
     TrashKey,     // the Delete key, beside Trash's own keys
+    DeleteNow,    // deletes for good, after asking
     SelectAll,
     Find,
     AsIcons,

@@ -32,6 +32,7 @@ const std::vector<std::pair<const char*, std::vector<const char*>>>& symbolTable
         {"xmark.circle.fill", {"window-close", "window-close-symbolic"}},
         {"info.circle", {"dialog-information", "dialog-information-symbolic"}},
         {"trash", {"user-trash", "user-trash-symbolic"}},
+        {"trash.slash", {"edit-delete", "edit-delete-symbolic"}},
         {"arrow.clockwise", {"view-refresh", "view-refresh-symbolic"}},
         {"macwindow.badge.plus", {"window-new", "window-new-symbolic"}},
         {"cable.connector", {"insert-link", "insert-link-symbolic", "emblem-shared-symbolic"}},

@@ -1,14 +1,31 @@
 #include "views/column_view.h"
 
+#include "services/drop_action.h"
 #include "views/row_info_cache.h"
 
 #include <QContextMenuEvent>
+#include <QDragMoveEvent>
 #include <QListView>
 #include <QScrollBar>
 #include <QMenu>
 
 namespace {
+
 constexpr int kLayoutBatch = 20000;
+
+// One column: a list that tells the drop it delivers which keys its event held.
+class ColumnList : public QListView {
+public:
+    using QListView::QListView;
+
+protected:
+    void dropEvent(QDropEvent* event) override
+    {
+        DropKeysNote keys(event->modifiers());
+        QListView::dropEvent(event);
+    }
+};
+
 } // namespace
 
 BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, ContentHooks hooks, QWidget* parent)
@@ -29,6 +46,45 @@ BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, Cont
         [this](const QModelIndex& index) { contentActivate(m_source->nodeAt(index), m_hooks); });
     connect(&RowInfoCache::shared(), &RowInfoCache::changed, this, &BrondelBrowser::infoChanged);
     connect(source, &NodeTreeModel::metaArrived, this, &BrondelBrowser::infoChanged);
+    m_spring.setSingleShot(true);
+    m_spring.setInterval(kSpringDelayMs);
+    connect(&m_spring, &QTimer::timeout, this, [this] {
+        if (m_springFolder.isValid())
+            setCurrentIndex(m_springFolder); // its column opens beside
+    });
+}
+
+void BrondelBrowser::springHover(QAbstractItemView* column, QPoint pos)
+{
+    const QModelIndex index = column ? column->indexAt(pos) : QModelIndex();
+    if (!index.isValid() || !m_source->isFolder(index) || index == currentIndex()) {
+        m_spring.stop();
+        m_springFolder = QPersistentModelIndex();
+        return;
+    }
+    if (index == m_springFolder && m_spring.isActive())
+        return; // still on the same folder: the wait goes on
+    m_springFolder = index;
+    m_spring.start();
+}
+
+bool BrondelBrowser::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto* column = qobject_cast<QAbstractItemView*>(watched->parent());
+        springHover(column, static_cast<QDragMoveEvent*>(event)->position().toPoint());
+        break;
+    }
+    case QEvent::DragLeave:
+    case QEvent::Drop:
+        springHover(nullptr, {});
+        break;
+    default:
+        break;
+    }
+    return QColumnView::eventFilter(watched, event);
 }
 
 void BrondelBrowser::noteVisible(QAbstractItemView* column)
@@ -43,15 +99,19 @@ void BrondelBrowser::noteVisible(QAbstractItemView* column)
 
 QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
 {
-    QAbstractItemView* column = QColumnView::createColumn(rootIndex);
-    if (auto* list = qobject_cast<QListView*>(column)) {
-        list->setUniformItemSizes(true);
-        // A column of a million rows is laid out a slice at a time between events, never
-        // in one pass that holds the window up.
-        list->setLayoutMode(QListView::Batched);
-        list->setBatchSize(kLayoutBatch);
-        list->setTextElideMode(Qt::ElideRight);
-    }
+    // As QColumnView::createColumn, with our list.
+    auto* column = new ColumnList(viewport());
+    initializeColumn(column);
+    column->setRootIndex(rootIndex);
+    if (model()->canFetchMore(rootIndex))
+        model()->fetchMore(rootIndex);
+    column->setUniformItemSizes(true);
+    // A column of a million rows is laid out a slice at a time between events, never in
+    // one pass that holds the window up.
+    column->setLayoutMode(QListView::Batched);
+    column->setBatchSize(kLayoutBatch);
+    column->setTextElideMode(Qt::ElideRight);
+    column->viewport()->installEventFilter(this); // drags hovering its folders
     column->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(column, &QWidget::customContextMenuRequested, this, [this, column](QPoint pos) {
         if (auto menu = menuAt(column, pos))

@@ -49,6 +49,8 @@ struct ContentHooks {
     std::function<void()> peekOrderChanged;
     // The icon view's place (null: a view of its own).
     std::shared_ptr<IconViewMemory> iconMemory;
+    // Shows the folder holding the shown one (a shown folder that is gone offers it).
+    std::function<void()> goUp;
 };
 
 // The context menu at `pos` (viewport coordinates) of an item view showing a

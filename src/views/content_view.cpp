@@ -6,10 +6,13 @@
 #include "views/peek/peek_mode_view.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QColumnView>
 #include <QMenu>
+#include <QPushButton>
+#include <QVBoxLayout>
 
 #include <cerrno>
 #include <cstring>
@@ -79,6 +82,8 @@ bool contentViewRename(QWidget* view, const std::string& path)
 {
     if (!path.empty() && !contentViewSelect(view, path))
         return false;
+    if (auto* icons = qobject_cast<IconCardView*>(view))
+        return icons->beginRename();
     QAbstractItemView* items = selectionView(view);
     if (auto* browser = qobject_cast<QColumnView*>(items)) {
         // The editor opens in the column that shows the row.
@@ -110,17 +115,42 @@ bool contentViewApplyFresh(QWidget* view, const DirNodePtr& fresh, const FolderD
 
 namespace {
 
-// Says why the folder shows no rows, where the rows would be.
-QWidget* readErrorView(int error)
+// Says why the folder shows no rows, where the rows would be. A folder that is gone
+// (deleted or moved while shown) offers the folder that held it.
+QWidget* readErrorView(int error, const DirNodePtr& root, const ContentHooks& hooks)
 {
     auto* label = new QLabel(contentReadErrorText(error));
     label->setObjectName(QStringLiteral("readError"));
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
     label->setForegroundRole(QPalette::PlaceholderText);
-    label->setBackgroundRole(QPalette::Base); // the same ground as the rows it stands for
-    label->setAutoFillBackground(true);
-    return label;
+    if (error != ENOENT || !hooks.goUp) {
+        label->setBackgroundRole(QPalette::Base); // the same ground as the rows it stands for
+        label->setAutoFillBackground(true);
+        return label;
+    }
+    auto* box = new QWidget;
+    box->setObjectName(QStringLiteral("folderGone"));
+    box->setBackgroundRole(QPalette::Base);
+    box->setAutoFillBackground(true);
+    auto* column = new QVBoxLayout(box);
+    column->addStretch(1);
+    QFont bold = label->font();
+    bold.setBold(true);
+    label->setFont(bold);
+    column->addWidget(label);
+    const QString name = root ? QFile::decodeName(QByteArray::fromStdString(root->name)) : QString();
+    auto* detail = new QLabel(QCoreApplication::translate("ContentView",
+        "“%1” is no longer here: it was moved or deleted.").arg(name));
+    detail->setAlignment(Qt::AlignCenter);
+    detail->setWordWrap(true);
+    column->addWidget(detail);
+    auto* up = new QPushButton(QCoreApplication::translate("ContentView", "Go to Enclosing Folder"));
+    up->setObjectName(QStringLiteral("goUp"));
+    QObject::connect(up, &QPushButton::clicked, box, hooks.goUp);
+    column->addWidget(up, 0, Qt::AlignHCenter);
+    column->addStretch(1);
+    return box;
 }
 
 } // namespace
@@ -144,7 +174,7 @@ QWidget* contentViewBuild(ViewMode mode, const DirNodePtr& root, std::vector<Dir
     const BrowserContext& context, const ContentHooks& hooks)
 {
     if (root && root->readError != 0 && !root->hasEntries()) // what a partial read gave still shows
-        return readErrorView(root->readError);
+        return readErrorView(root->readError, root, hooks);
     switch (mode) {
     case ViewMode::List:
         return new BrondelOutlineView(new ListSource(root, std::move(headers), context), context, hooks);

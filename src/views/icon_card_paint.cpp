@@ -135,6 +135,16 @@ void paintPicture(QPainter& p, const QRect& box, const IconItemLook& look)
 
 } // namespace
 
+QRect iconLabelRect(const QRect& cell, int iconEdge, IconShape shape, const QFontMetrics& metrics)
+{
+    if (shape == IconShape::ListRow) {
+        const int left = cell.left() + 6 + iconEdge + 9; // right of the icon
+        return QRect(left, cell.top() + cell.height() / 2 - metrics.height(), cell.right() - left - 6, metrics.height());
+    }
+    const QRect area = cell.adjusted(3, 3, -3, -3);
+    return QRect(area.left() + 2, cell.top() + 6 + iconEdge + 3, area.width() - 4, metrics.height() * 2 + 2);
+}
+
 void iconPaintItem(QPainter& p, const QRect& cell, const IconItemLook& look, const QPalette& palette)
 {
     p.save();
@@ -145,7 +155,7 @@ void iconPaintItem(QPainter& p, const QRect& cell, const IconItemLook& look, con
     const QRect box(cell.left() + (cell.width() - look.iconEdge) / 2, cell.top() + 6, look.iconEdge, look.iconEdge);
     paintPicture(p, box, look);
     const QFontMetrics metrics(p.font());
-    const QRect text(area.left() + 2, box.bottom() + 4, area.width() - 4, metrics.height() * 2 + 2);
+    const QRect text = iconLabelRect(cell, look.iconEdge, IconShape::Item, metrics);
     // Two lines at most: a longer name loses its middle.
     QString shown = look.name;
     if (metrics.horizontalAdvance(look.name) > text.width() * 2 - metrics.averageCharWidth())
@@ -164,8 +174,7 @@ void iconPaintListRow(QPainter& p, const QRect& cell, const IconItemLook& look, 
     const QRect box(cell.left() + 6, cell.top() + (cell.height() - look.iconEdge) / 2, look.iconEdge, look.iconEdge);
     paintPicture(p, box, look);
     const QFontMetrics metrics(p.font());
-    const int left = box.right() + 10;
-    const QRect name(left, cell.top() + cell.height() / 2 - metrics.height(), cell.right() - left - 6, metrics.height());
+    const QRect name = iconLabelRect(cell, look.iconEdge, IconShape::ListRow, metrics);
     p.setPen(palette.color(QPalette::Text));
     p.drawText(name, Qt::AlignLeft | Qt::AlignVCenter, metrics.elidedText(look.name, Qt::ElideMiddle, name.width()));
     p.setPen(palette.color(QPalette::PlaceholderText));

@@ -13,6 +13,7 @@
 
 #include <optional>
 
+class QFontMetrics;
 class QPainter;
 class QPalette;
 
@@ -54,6 +55,11 @@ void iconPaintItem(QPainter& p, const QRect& cell, const IconItemLook& look, con
 void iconPaintListRow(QPainter& p, const QRect& cell, const IconItemLook& look, const QPalette& palette);
 void iconPaintTile(QPainter& p, const QRect& cell, const IconItemLook& look, const DriveTile& tile,
     const QPalette& palette);
+
+// Where an item's name is drawn in `cell`: under its icon (two lines high), or beside
+// it on a list row (one line). The rename field opens over it.
+enum class IconShape { Item, ListRow };
+QRect iconLabelRect(const QRect& cell, int iconEdge, IconShape shape, const QFontMetrics& metrics);
 
 // The header's control rectangles for a header row.
 QRect iconChevronRect(const QRect& header);

@@ -108,6 +108,8 @@ IconCardView::IconCardView(DirNodePtr root, std::vector<DirNodePtr> headers, con
     viewport()->setMouseTracking(false);
     verticalScrollBar()->setSingleStep(40);
     liveViews().insert(this);
+    m_renameClick.setSingleShot(true);
+    connect(&m_renameClick, &QTimer::timeout, this, [this] { beginRename(); });
     connect(&FileIcons::shared(), &FileIcons::changed, viewport(), qOverload<>(&QWidget::update));
     connect(&ThumbnailLoader::shared(), &ThumbnailLoader::ready, viewport(), qOverload<>(&QWidget::update));
     connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, this, [this] {
@@ -193,6 +195,7 @@ void IconCardView::apply(IconCardDataPtr data)
     verticalScrollBar()->setValue(scroll);
     if (!m_selectOnArrival.empty())
         selectPath(std::exchange(m_selectOnArrival, std::string()));
+    renameFollow();
     viewport()->update();
     if (QAccessible::isActive()) { // the items are new: assistive technology asks again
         QAccessibleEvent reorder(this, QAccessible::ObjectReorder);
@@ -368,6 +371,7 @@ void IconCardView::resizeEvent(QResizeEvent* event)
     const int value = verticalScrollBar()->value();
     relayout();
     verticalScrollBar()->setValue(value);
+    renameFollow();
 }
 
 void IconCardView::scrollContentsBy(int, int)
@@ -376,6 +380,7 @@ void IconCardView::scrollContentsBy(int, int)
     // the rows now on screen.
     if (showsPreviews())
         ThumbnailLoader::shared().dropQueued();
+    renameFollow();
     viewport()->update();
 }
 
@@ -546,6 +551,7 @@ void IconCardView::mousePressEvent(QMouseEvent* event)
     m_pressContent = pos + QPoint(0, contentTop());
     m_pressSpot = spot;
     const Qt::KeyboardModifiers mods = event->modifiers();
+    m_pressAgain = spot.valid() && !mods && m_selectedCount == 1 && isSelected(spot) && m_current == spot;
     if (spot.valid()) {
         if (mods & Qt::ControlModifier) {
             const bool on = !isSelected(spot);
@@ -601,6 +607,8 @@ void IconCardView::mouseReleaseEvent(QMouseEvent* event)
     if (m_pressSpot.valid() && !(event->modifiers() & (Qt::ControlModifier | Qt::ShiftModifier))
         && m_selectedCount > 1 && m_pressSpot == itemAt(event->position().toPoint()))
         setCurrent(m_pressSpot);
+    if (m_pressAgain && m_pressSpot.valid() && m_pressSpot == itemAt(event->position().toPoint()))
+        m_renameClick.start(QApplication::doubleClickInterval()); // unless a double click follows
     m_pressSpot = {};
     m_banding = false;
     if (m_band)
@@ -609,6 +617,7 @@ void IconCardView::mouseReleaseEvent(QMouseEvent* event)
 
 void IconCardView::mouseDoubleClickEvent(QMouseEvent* event)
 {
+    m_renameClick.stop();
     const IconSpot spot = itemAt(event->position().toPoint());
     if (event->button() == Qt::LeftButton && spot.valid())
         activate(spot);

@@ -15,6 +15,7 @@
 #include <QElapsedTimer>
 #include <QPoint>
 #include <QPointer>
+#include <QTimer>
 
 #include <cstdint>
 #include <map>
@@ -22,6 +23,7 @@
 #include <string>
 #include <vector>
 
+class QLineEdit;
 class QMenu;
 class QRubberBand;
 
@@ -76,6 +78,14 @@ public:
     // The strip's horizontal scroll.
     int stripOffset(int section) const;
 
+    // Renaming in place (icon_card_view_rename.cpp), as F2 or a slow second click does:
+    // a field over the item's name (the current item's when none is given), with the
+    // rename editor's rules. False when the item cannot be renamed here: only a folder's
+    // own entries can, not favourites or drives. Before the first build has arrived, the
+    // field opens once it does.
+    bool beginRename(IconSpot spot = {});
+    QLineEdit* renameField() const; // the open field, or null
+
 signals:
     void loaded();              // a build has been shown
     void cardMenuShown(QMenu*); // the card menu is up
@@ -93,6 +103,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void apply(IconCardDataPtr data);
@@ -110,6 +121,14 @@ private:
     void startDrag();
     void cardEdit(const IconCardSection& section, std::function<void(CardConfig&)> change);
     void announceSelection();
+    bool renamable(IconSpot spot) const;
+    QRect renameRect(IconSpot spot) const;
+    // Keeps the field over its item after a rebuild, a scroll or a resize (closed when the
+    // item is gone), or opens the one asked for before the first build.
+    void renameFollow();
+    // Closes the field; `commit` hands a changed, valid name to the rename hook.
+    enum class RenameEnd { Commit, Drop };
+    void renameEnd(RenameEnd end);
 
     DirNodePtr m_root;
     std::vector<DirNodePtr> m_headers;
@@ -133,9 +152,16 @@ private:
     bool m_bandAdd = false;
     QRubberBand* m_band = nullptr;
     std::vector<std::vector<bool>> m_bandBase; // the selection before the band started
+    bool m_pressAgain = false; // the press landed on the item already selected alone
     // Type-ahead.
     QString m_typed;
     QElapsedTimer m_typedAt;
+    // Rename in place.
+    QPointer<QLineEdit> m_renameField;
+    std::string m_renamePath;
+    QString m_renameName;
+    bool m_renameOnArrival = false;
+    QTimer m_renameClick; // a slow second click opens the field unless a double click follows
 };
 
 // Makes every icon view of the process build its sections again (a card changed here).

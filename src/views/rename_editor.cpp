@@ -29,6 +29,27 @@ int renameSelectionLength(const QString& name, bool folder)
     return dot <= 0 ? int(name.size()) : int(dot);
 }
 
+void renameFieldPrepare(QLineEdit& field, const QString& name, bool folder)
+{
+    field.setObjectName(QStringLiteral("renameEditor"));
+    field.setText(name);
+    const int length = renameSelectionLength(name, folder);
+    field.setSelection(0, length);
+    // A view selects the whole text once the editor is open: select the name again
+    // right after.
+    QTimer::singleShot(0, &field, [line = &field, length] { line->setSelection(0, length); });
+}
+
+bool renameFieldRefuses(QLineEdit& field)
+{
+    const std::optional<QString> problem = renameProblem(field.text());
+    if (!problem)
+        return false;
+    field.setProperty("renameProblem", *problem);
+    QToolTip::showText(field.mapToGlobal(QPoint(0, field.height())), *problem, &field);
+    return true;
+}
+
 RenameEditor::RenameEditor(std::function<std::string(const QModelIndex&)> pathOf,
     std::function<bool(const QModelIndex&)> folderAt, Commit commit, QObject* parent)
     : QStyledItemDelegate(parent)
@@ -40,24 +61,13 @@ RenameEditor::RenameEditor(std::function<std::string(const QModelIndex&)> pathOf
 
 QWidget* RenameEditor::createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
-    if (auto* line = qobject_cast<QLineEdit*>(editor))
-        line->setObjectName(QStringLiteral("renameEditor"));
-    return editor;
+    return QStyledItemDelegate::createEditor(parent, option, index);
 }
 
 void RenameEditor::setEditorData(QWidget* editor, const QModelIndex& index) const
 {
-    auto* line = qobject_cast<QLineEdit*>(editor);
-    if (!line)
-        return;
-    const QString name = index.data(Qt::EditRole).toString();
-    line->setText(name);
-    const int length = renameSelectionLength(name, m_folderAt(index));
-    line->setSelection(0, length);
-    // The view selects the whole text once the editor is open: select the name again
-    // right after.
-    QTimer::singleShot(0, line, [line, length] { line->setSelection(0, length); });
+    if (auto* line = qobject_cast<QLineEdit*>(editor))
+        renameFieldPrepare(*line, index.data(Qt::EditRole).toString(), m_folderAt(index));
 }
 
 void RenameEditor::setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const
@@ -76,13 +86,8 @@ bool RenameEditor::eventFilter(QObject* object, QEvent* event)
     // Enter on a bad name: say why and keep editing.
     if (auto* line = qobject_cast<QLineEdit*>(object); line && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            if (const std::optional<QString> problem = renameProblem(line->text())) {
-                line->setProperty("renameProblem", *problem);
-                QToolTip::showText(line->mapToGlobal(QPoint(0, line->height())), *problem, line);
-                return true;
-            }
-        }
+        if ((key == Qt::Key_Return || key == Qt::Key_Enter) && renameFieldRefuses(*line))
+            return true;
     }
     return QStyledItemDelegate::eventFilter(object, event);
 }

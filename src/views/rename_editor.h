@@ -18,6 +18,15 @@ std::optional<QString> renameProblem(const QString& name);
 // folder's name or of a name whose only dot leads it (".bashrc").
 int renameSelectionLength(const QString& name, bool folder);
 
+class QLineEdit;
+
+// The field of an in-place rename, whichever view opens it: named "renameEditor", it
+// holds `name` with the part before the extension selected.
+void renameFieldPrepare(QLineEdit& field, const QString& name, bool folder);
+// Return or Enter pressed in the field: true (and why, under the field) when its name
+// cannot be taken, so that the field stays open.
+bool renameFieldRefuses(QLineEdit& field);
+
 class RenameEditor : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -325,6 +325,7 @@ void BrondelWindow::rebuildMode(ViewMode mode)
             windowHooks().peekOrderChanged();
     };
     hooks.iconMemory = m_iconMemory;
+    hooks.goUp = [this] { goUp(); };
     m_contentView = contentViewBuild(mode, m_rootNode, m_headers, m_context, hooks);
     m_contentView->setParent(m_contentBox);
     m_contentLayout->addWidget(m_contentView);

@@ -67,6 +67,7 @@ OpProgressPanel::OpProgressPanel(OpQueue* queue, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
     m_list = new QWidget(this);
+    m_list->setObjectName(QStringLiteral("jobList"));
     m_listLayout = new QVBoxLayout(m_list);
     m_listLayout->setContentsMargins(0, 0, 0, 0);
     m_list->hide();
@@ -78,6 +79,7 @@ OpProgressPanel::OpProgressPanel(OpQueue* queue, QWidget* parent)
     m_bar->setAccessibleName(tr("File operations"));
     m_line = new QLabel(this);
     m_expand = new QToolButton(this);
+    m_expand->setObjectName(QStringLiteral("expandJobs"));
     m_expand->setText(QStringLiteral("▴"));
     m_expand->setAccessibleName(tr("Show the file operations"));
     m_expand->setAccessibleDescription(tr("Lists each operation with its progress"));
@@ -129,7 +131,6 @@ void OpProgressPanel::rebuildList()
         delete item;
     }
     for (int row = 0; row < m_model->rowCount(); ++row) {
-        const QModelIndex index = m_model->index(row);
         const OpJobId job = m_model->jobAt(row);
         auto* line = new QWidget(m_list);
         auto* grid = new QHBoxLayout(line);
@@ -137,6 +138,9 @@ void OpProgressPanel::rebuildList()
         auto* texts = new QVBoxLayout;
         RowWidgets widgets{new QLabel(line), new QProgressBar(line), new QLabel(line), nullptr};
         widgets.bar->setTextVisible(false);
+        widgets.title->setObjectName(QStringLiteral("jobTitle"));
+        widgets.bar->setObjectName(QStringLiteral("jobBar"));
+        widgets.line->setObjectName(QStringLiteral("jobLine"));
         texts->addWidget(widgets.title);
         texts->addWidget(widgets.bar);
         texts->addWidget(widgets.line);
@@ -144,6 +148,8 @@ void OpProgressPanel::rebuildList()
         auto* pause = new QPushButton(line);
         widgets.pause = pause;
         auto* cancel = new QPushButton(tr("Cancel"), line);
+        pause->setObjectName(QStringLiteral("jobPause"));
+        cancel->setObjectName(QStringLiteral("jobCancel"));
         QPointer<OpQueue> queue = m_queue;
         QPointer<OpProgressModel> model = m_model;
         connect(pause, &QPushButton::clicked, line, [queue, model, job] {

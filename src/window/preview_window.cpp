@@ -35,6 +35,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
 
 #include <sys/stat.h> // the mode tests (S_ISDIR, ...) of previewNodeOf's answer
 

@@ -13,7 +13,12 @@
 #include "window/brondel_window.h"
 #include "window/gui_test_main.h"
 
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QListWidget>
 #include <QMenu>
+#include <QPushButton>
 #include <QTest>
 
 #include <unistd.h>
@@ -76,6 +81,28 @@ MimeType=text/plain;
         // The system's own applications for text may follow ours.
         QCOMPARE(titles().mid(0, 2), (QStringList{"Copier", "Viewer"}));
         QCOMPARE(titles().mid(titles().size() - 2), (QStringList{"-", "Other Application\u2026"}));
+
+        // The chooser opens with the file and, when asked, makes its choice the default:
+        // the user's mimeapps.list names it first, and the next menu follows.
+        menu.actions().last()->trigger();
+        QDialog* chooser = nullptr;
+        QTRY_VERIFY((chooser = pane->findChild<QDialog*>()) && chooser->isVisible());
+        auto* list = chooser->findChild<QListWidget*>(QStringLiteral("applications"));
+        const QList<QListWidgetItem*> viewer = list->findItems(QStringLiteral("Viewer"), Qt::MatchExactly);
+        QCOMPARE(viewer.size(), 1);
+        list->setCurrentItem(viewer.front());
+        chooser->findChild<QCheckBox*>(QStringLiteral("setDefault"))->setChecked(true);
+        chooser->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open)->click();
+        const std::string mimeapps = std::string(qgetenv("XDG_CONFIG_HOME").constData()) + "/mimeapps.list";
+        QTRY_VERIFY_WITH_TIMEOUT(fileReadAll(mimeapps).value_or("").find("text/plain=viewer.desktop;copier.desktop;")
+                != std::string::npos, 10000);
+        t.scans.waitForDone();
+        QMenu again;
+        FileActions::openWithFill(again, *pane, note);
+        t.scans.waitForDone();
+        QTRY_VERIFY(again.actions().size() > 2);
+        QCOMPARE(again.actions().front()->text(), QStringLiteral("Viewer"));
+        QCOMPARE(alerts.size(), size_t(1)); // only the type nothing opened, above
         ActionDialogs::current() = saved;
     }
 

@@ -104,6 +104,7 @@ private slots:
         QTest::newRow("file") << "&File"
                               << QStringList{"New Window=Ctrl+N", "-", "New Folder=Ctrl+Shift+N", "Open=Ctrl+O",
                                      reveal + "=Ctrl+R", "Copy Path=Ctrl+Alt+C", "Preview=Space", "Properties\u2026=Alt+Return", "Move to Trash=Ctrl+Backspace",
+                                     "Delete Permanently\u2026=Shift+Del",
                                      "-", "Add to Favorites=Meta+Ctrl+T", "Remove from Favorites=", "-",
                                      "Close Window=Ctrl+W"};
         QTest::newRow("edit") << "&Edit" << QStringList{"Undo=Ctrl+Z", "Redo=Ctrl+Shift+Z", "-", "Cut=Ctrl+X",

@@ -19,6 +19,7 @@
 #include <thread>
 
 #include <QLabel>
+#include <QPushButton>
 
 #include <cerrno>
 #include <cstdio>
@@ -62,6 +63,8 @@ int openatLocked(int dirfd, const char* path, int flags, mode_t mode)
 QString shownError(const BrondelWindow& pane)
 {
     auto* label = qobject_cast<QLabel*>(pane.contentView());
+    if (!label && pane.contentView()) // a folder that is gone says so above a way out
+        label = pane.contentView()->findChild<QLabel*>(QStringLiteral("readError"));
     return label ? label->text() : QString();
 }
 
@@ -413,6 +416,17 @@ private slots:
         pane->refresh();
         t.scans.finishAll();
         QCOMPARE(shownError(*pane), QStringLiteral("No such folder"));
+        // It offers the folder that held it.
+        auto* up = pane->contentView()->findChild<QPushButton*>(QStringLiteral("goUp"));
+        QVERIFY(up);
+        QStringList texts;
+        for (QLabel* label : pane->contentView()->findChildren<QLabel*>())
+            texts << label->text();
+        QVERIFY2(texts.join('|').contains(QStringLiteral("“gone” is no longer here")), qPrintable(texts.join('|')));
+        up->click();
+        QCOMPARE(pane->currentLocation(), tree.root());
+        t.scans.finishAll();
+        QVERIFY(shownError(*pane).isEmpty());
 
         pane->navigateLocal(tree.path("fine"));
         t.scans.finishAll();

@@ -6,6 +6,7 @@
 #include "config/brondel_settings.h"
 #include "fs/node_store.h"
 #include "fs/scanner.h"
+#include "ops/op_queue.h"
 #include "support/test_env.h"
 #include "services/browser_context.h"
 #include "window/browser_frame.h"
@@ -91,6 +92,7 @@ private:
 
 // A context whose reads and delayed calls are in the test's hands.
 struct TestContext {
+    OpQueue ops; // the real file operations, on temporary trees
     ManualScans scans;
     ScanService edits{1};
     BrondelSettings settings;
@@ -102,6 +104,7 @@ struct TestContext {
     {
         context.scans = &scans;
         context.edits = &edits;
+        context.ops = &ops;
         context.settings = &settings;
         context.animate = false;
         context.defer = [this](int, QObject* ctx, std::function<void()> call) { deferred.emplace_back(ctx, call); };
