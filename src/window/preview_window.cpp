@@ -35,8 +35,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
-
 #include <sys/stat.h> // the mode tests (S_ISDIR, ...) of previewNodeOf's answer
 
 // What a load found, handed from the pool to the window whole.
