@@ -4,6 +4,7 @@
 #include "fs/file_io.h"
 #include "fs/mount_table.h"
 #include "fs/mount_watchdog.h"
+#include "fs/run_both.h"
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
@@ -74,6 +75,7 @@ struct Entry {
     uint8_t keep = 0; // listed
     uint8_t dir = 0;  // a folder, or a link to one
     uint8_t meta = 0; // NodeMeta once asked
+    uint16_t kind = 0; // a file's kind from its name, when worked out while reading
 };
 
 // What a status query told about an entry.
@@ -216,6 +218,15 @@ private:
         std::string names;
         std::vector<Entry> entries = readEntries(fd, parent, names);
         const bool deeper = job.remaining >= 2;
+        // A listing keeps every entry: their kinds are worked out in directory order, the
+        // order their names lie in (in display order the names would be read at random).
+        const bool kindsRead = !m_searchFilter;
+        if (kindsRead)
+            runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom, [&](size_t from, size_t to) {
+                for (size_t i = from; i < to; ++i)
+                    if (entries[i].type != DT_DIR && entries[i].type != DT_LNK)
+                        entries[i].kind = kindOfEntry(std::string_view(names.data() + entries[i].nameAt, entries[i].nameLength), EntryType::File);
+            });
         // Mount points of dead drives in this folder get no status query (it would hang):
         // they are listed as folders and left unread.
         const std::vector<std::string> stuck = mountWatchdogStuckEntries(path);
@@ -226,14 +237,7 @@ private:
         };
         // A large folder's status queries are shared with a second thread; each entry is
         // examined in place, so the result does not depend on the split.
-        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst) {
-            const size_t half = entries.size() / 2;
-            std::thread helper(build, half, entries.size());
-            build(0, half);
-            helper.join();
-        } else {
-            build(0, entries.size());
-        }
+        runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst, build);
         std::vector<uint32_t> kept;
         kept.reserve(entries.size());
         for (uint32_t i = 0; i < entries.size(); ++i)
@@ -249,7 +253,7 @@ private:
         const char* arena = nullptr;
         std::vector<uint32_t> nameAt;
         if (kept.size() == entries.size()) {
-            arena = entries.empty() ? nullptr : m_store.addNames(names);
+            arena = entries.empty() ? nullptr : m_store.addNames(std::move(names));
         } else if (!kept.empty()) {
             std::string packed;
             nameAt.resize(entries.size());
@@ -261,25 +265,32 @@ private:
         }
         NodeRecord* children = m_store.allocate(kept.size());
         std::shared_ptr<DirFd> own; // this folder's descriptor, once a subfolder opens through it
-        for (size_t slot = 0; slot < order.size(); ++slot) {
-            const uint32_t i = kept[order[slot]];
-            const Entry& e = entries[i];
-            const EntryStatus status = e.meta & kMetaHasDate ? statuses.get(i) : EntryStatus{};
-            NodeRecord& child = children[slot];
-            child.name = arena + (nameAt.empty() ? e.nameAt : nameAt[i]);
-            child.nameLength = e.nameLength;
-            child.parent = &parent;
-            const bool link = e.type == DT_LNK;
-            child.flags = uint8_t((e.dir ? kNodeDir : 0) | (link ? kNodeAlias : 0) | (e.dir ? 0 : kNodeLoaded));
-            child.kind = kindOfEntry(child.nameView(), link ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
-            child.meta = e.meta;
-            child.size = status.size;
-            child.date = status.date;
-            if (e.dir && deeper && mayEnter(e, status, job.self.get())) {
-                child.flags |= kNodeLoaded; // its read is on its way
-                subs.push_back(subJob(job, child, status, names.data() + e.nameAt, e.nameLength, base, fd, own));
+        auto place = [&](size_t from, size_t to) {
+            for (size_t slot = from; slot < to; ++slot) {
+                const uint32_t i = kept[order[slot]];
+                const Entry& e = entries[i];
+                const EntryStatus status = e.meta & kMetaHasDate ? statuses.get(i) : EntryStatus{};
+                NodeRecord& child = children[slot];
+                child.name = arena + (nameAt.empty() ? e.nameAt : nameAt[i]);
+                child.nameLength = e.nameLength;
+                child.parent = &parent;
+                const bool link = e.type == DT_LNK;
+                child.flags = uint8_t((e.dir ? kNodeDir : 0) | (link ? kNodeAlias : 0) | (e.dir ? 0 : kNodeLoaded));
+                child.kind = kindsRead && !link && !e.dir
+                    ? e.kind
+                    : kindOfEntry(child.nameView(), link ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
+                child.meta = e.meta;
+                child.size = status.size;
+                child.date = status.date;
+                if (e.dir && deeper && mayEnter(e, status, job.self.get())) {
+                    child.flags |= kNodeLoaded; // its read is on its way
+                    subs.push_back(subJob(job, child, status, child.name, e.nameLength, base, fd, own));
+                }
             }
-        }
+        };
+        // A large folder that is not gone into is placed in two halves at once: each
+        // slot is written once, and kinds are interned from any thread.
+        runHalves(order.size(), !deeper && m_threads >= 2 && order.size() >= kSplitFolderFrom, place);
         if (!own)
             sysClose(fd);
         parent.children = children;
