@@ -252,7 +252,8 @@ private:
         // a search packs only the few it keeps.
         const char* arena = nullptr;
         std::vector<uint32_t> nameAt;
-        if (kept.size() == entries.size()) {
+        const bool allKept = kept.size() == entries.size(); // kept[i] == i
+        if (allKept) {
             arena = entries.empty() ? nullptr : m_store.addNames(std::move(names));
         } else if (!kept.empty()) {
             std::string packed;
@@ -267,7 +268,7 @@ private:
         std::shared_ptr<DirFd> own; // this folder's descriptor, once a subfolder opens through it
         auto place = [&](size_t from, size_t to) {
             for (size_t slot = from; slot < to; ++slot) {
-                const uint32_t i = kept[order[slot]];
+                const uint32_t i = allKept ? order[slot] : kept[order[slot]];
                 const Entry& e = entries[i];
                 const EntryStatus status = e.meta & kMetaHasDate ? statuses.get(i) : EntryStatus{};
                 NodeRecord& child = children[slot];
