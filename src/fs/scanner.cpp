@@ -19,6 +19,7 @@
 #include <dirent.h>
 #include <mutex>
 #include <optional>
+#include <shared_mutex>
 #include <thread>
 #include <unordered_map>
 
@@ -91,11 +92,17 @@ struct EntryStatus {
 // when names come first (one thread).
 class EntryStatuses {
 public:
-    EntryStatuses(size_t count, bool sparse)
+    explicit EntryStatuses(bool sparse)
         : m_sparse(sparse)
     {
-        if (!sparse)
-            m_dense.resize(count);
+    }
+    // Slots for `count` entries (dense), their room for `room` entries.
+    void resize(size_t count, size_t room)
+    {
+        if (m_sparse)
+            return;
+        m_dense.reserve(room);
+        m_dense.resize(count);
     }
     EntryStatus& at(uint32_t i) { return m_sparse ? m_few[i] : m_dense[i]; }
     EntryStatus get(uint32_t i) const
@@ -110,6 +117,61 @@ private:
     const bool m_sparse;
     std::vector<EntryStatus> m_dense;
     std::unordered_map<uint32_t, EntryStatus> m_few;
+};
+
+// A large listing's status queries start while the folder is still being read: a second
+// thread takes runs of the entries read so far, and once the reading ends both threads
+// take what is left. The arrays it reads only move (grow past their room) while it
+// holds no run: runs are examined under `moving` shared, and growing takes it alone.
+class AskAhead {
+public:
+    static constexpr size_t kRun = 256;
+
+    // Runs of entries below what has been read, until the reading has ended and no run
+    // is left. `examine(from, to)` is called with `moving` held shared.
+    template <typename Examine>
+    void work(const Examine& examine)
+    {
+        for (;;) {
+            const size_t limit = m_read.load(std::memory_order_acquire);
+            size_t from = m_next.load(std::memory_order_relaxed), to = 0;
+            do {
+                if (from >= limit)
+                    break;
+                to = std::min(from + kRun, limit);
+            } while (!m_next.compare_exchange_weak(from, to, std::memory_order_relaxed));
+            if (from < limit) {
+                std::shared_lock lock(m_moving);
+                examine(from, to);
+                continue;
+            }
+            std::unique_lock lock(m_waitLock);
+            if (m_ended && m_next.load(std::memory_order_relaxed) >= m_read.load(std::memory_order_acquire))
+                return;
+            m_readMore.wait(lock, [&] { return m_ended || m_read.load(std::memory_order_acquire) > limit; });
+        }
+    }
+
+    // The reader: `count` entries are in place (all of them when `ended`).
+    void published(size_t count, bool ended)
+    {
+        {
+            std::lock_guard lock(m_waitLock);
+            m_read.store(count, std::memory_order_release);
+            m_ended = ended;
+        }
+        m_readMore.notify_all();
+    }
+
+    // Held by the reader while the arrays grow.
+    std::shared_mutex& moving() { return m_moving; }
+
+private:
+    std::shared_mutex m_moving;
+    std::atomic<size_t> m_read{0}, m_next{0};
+    std::mutex m_waitLock;
+    std::condition_variable m_readMore;
+    bool m_ended = false;
 };
 
 // The state one scan shares between its threads.
@@ -165,31 +227,61 @@ private:
     // The folder's entries in directory order, without "." and ".." (and hidden ones
     // unless they are shown), their names packed into `names`. A read error is noted on
     // the record; what came before stays.
-    std::vector<Entry> readEntries(int fd, NodeRecord& record, std::string& names) const
+    // With `ahead`, a large folder's entries are examined by a second thread while they
+    // are read (`examine`), and by both threads once read; `statuses` then grows along.
+    // Returns whether they were examined so.
+    template <typename Examine>
+    bool readEntries(int fd, NodeRecord& record, std::vector<Entry>& entries, std::string& names,
+        EntryStatuses& statuses, bool ahead, const Examine& examine) const
     {
         thread_local std::vector<char> buffer(kDirentBuffer);
-        std::vector<Entry> entries;
         // A folder's own size roughly follows its entry count (ext4 and most others): a
         // large folder's arrays are reserved once rather than doubled a score of times.
         struct stat st;
-        if (sysCalls().fstat(fd, &st) == 0 && st.st_size > 64 * 1024) {
+        const bool large = sysCalls().fstat(fd, &st) == 0 && st.st_size > 64 * 1024;
+        if (large) {
             const size_t guess = std::min<size_t>(size_t(st.st_size) / 32, size_t(1) << 23);
             entries.reserve(guess);
             names.reserve(guess * 20);
+        }
+        std::optional<AskAhead> asking;
+        std::thread helper;
+        if (ahead && large) {
+            statuses.resize(0, entries.capacity());
+            asking.emplace();
+            helper = std::thread([&] { asking->work(examine); });
         }
         const int error = dirForEachEntry(fd, buffer, [&](const char* name, unsigned char type) {
             if (name[0] == '.' && !m_settings.showHidden)
                 return;
             const size_t length = std::strlen(name);
+            if (asking && (entries.size() == entries.capacity() || names.size() + length + 1 > names.capacity())) {
+                std::unique_lock lock(asking->moving());
+                entries.reserve(entries.capacity() * 2 + AskAhead::kRun);
+                names.reserve(names.capacity() * 2 + length + 1);
+                statuses.resize(entries.size(), entries.capacity());
+            }
             Entry entry;
             entry.nameAt = uint32_t(names.size());
             entry.nameLength = uint16_t(length);
             entry.type = type;
             names.append(name, length + 1);
             entries.push_back(entry);
+            if (asking) {
+                statuses.resize(entries.size(), entries.capacity()); // within its room: nothing moves
+                if (entries.size() % AskAhead::kRun == 0)
+                    asking->published(entries.size(), false);
+            }
         });
         record.readError = uint16_t(error);
-        return entries;
+        if (!asking) {
+            statuses.resize(entries.size(), entries.size());
+            return false;
+        }
+        asking->published(entries.size(), true);
+        asking->work(examine);
+        helper.join();
+        return true;
     }
 
     // Reads one folder into the record's children; appends its subfolders still to be read.
@@ -215,9 +307,20 @@ private:
             return;
         }
         parent.flags |= kNodeLoaded;
-        std::string names;
-        std::vector<Entry> entries = readEntries(fd, parent, names);
         const bool deeper = job.remaining >= 2;
+        // Mount points of dead drives in this folder get no status query (it would hang):
+        // they are listed as folders and left unread.
+        const std::vector<std::string> stuck = mountWatchdogStuckEntries(path);
+        std::string names;
+        std::vector<Entry> entries;
+        EntryStatuses statuses(m_namesFirst && !deeper);
+        auto build = [&](size_t from, size_t to) {
+            for (size_t i = from; i < to; ++i)
+                examine(fd, entries[i], statuses, uint32_t(i), names.data() + entries[i].nameAt, deeper, stuck);
+        };
+        // A large listing asks for every entry's status: the queries start while it is read.
+        const bool ahead = m_threads >= 2 && !m_namesFirst && !m_searchFilter && !deeper;
+        const bool examined = readEntries(fd, parent, entries, names, statuses, ahead, build);
         // A listing keeps every entry: their kinds are worked out in directory order, the
         // order their names lie in (in display order the names would be read at random).
         const bool kindsRead = !m_searchFilter;
@@ -227,17 +330,10 @@ private:
                     if (entries[i].type != DT_DIR && entries[i].type != DT_LNK)
                         entries[i].kind = kindOfEntry(std::string_view(names.data() + entries[i].nameAt, entries[i].nameLength), EntryType::File);
             });
-        // Mount points of dead drives in this folder get no status query (it would hang):
-        // they are listed as folders and left unread.
-        const std::vector<std::string> stuck = mountWatchdogStuckEntries(path);
-        EntryStatuses statuses(entries.size(), m_namesFirst && !deeper);
-        auto build = [&](size_t from, size_t to) {
-            for (size_t i = from; i < to; ++i)
-                examine(fd, entries[i], statuses, uint32_t(i), names.data() + entries[i].nameAt, deeper, stuck);
-        };
         // A large folder's status queries are shared with a second thread; each entry is
         // examined in place, so the result does not depend on the split.
-        runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst, build);
+        if (!examined)
+            runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst, build);
         std::vector<uint32_t> kept;
         kept.reserve(entries.size());
         for (uint32_t i = 0; i < entries.size(); ++i)
