@@ -63,6 +63,22 @@ const UChar* toUtf16(std::string_view utf8, std::vector<UChar>& buf, int32_t& le
 
 bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
 
+// ICU compares a run of digits by value in segments of at most 254 significant digits
+// (leading zeros skipped before each). Moves `at` past the segment that starts there
+// and returns where its significant digits begin ("" for zeros alone, which compare as
+// one value below every other, as ICU's "0" does).
+constexpr size_t kDigitSegment = 254;
+
+size_t digitSegment(std::string_view text, size_t& at)
+{
+    while (at < text.size() && text[at] == '0')
+        ++at;
+    const size_t start = at;
+    while (at < text.size() && at - start < kDigitSegment && isDigit(text[at]))
+        ++at;
+    return start;
+}
+
 // Primary ranks of the ASCII characters under `collator`, learnt from the collator
 // itself: characters it finds equal share a rank, ignorable ones get 0. Digits all get
 // the rank of "0"; runs of them are compared by value (numeric collation).
@@ -98,7 +114,30 @@ struct AsciiTable {
         }
         for (int d = '1'; d <= '9'; ++d)
             rank[d] = rank[int('0')];
-        usable = next < 255;
+        usable = next < 255 && ranksArePrimary(c, chars);
+    }
+
+    // One rank per character matches ICU's order only when characters of different
+    // ranks differ in their primary weights (else ICU would let a later character decide
+    // before an earlier accent-like difference).
+    bool ranksArePrimary(UCollator* c, const std::vector<UChar>& sorted) const
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        UCollator* primary = ucol_clone(c, &status);
+        if (U_FAILURE(status))
+            return false;
+        ucol_setAttribute(primary, UCOL_STRENGTH, UCOL_PRIMARY, &status);
+        bool distinct = U_SUCCESS(status);
+        UChar previous = 0;
+        for (UChar ch : sorted) {
+            if (rank[ch] == 0)
+                continue;
+            if (previous != 0 && rank[previous] != rank[ch] && ucol_strcoll(primary, &previous, 1, &ch, 1) == UCOL_EQUAL)
+                distinct = false;
+            previous = ch;
+        }
+        ucol_close(primary);
+        return distinct;
     }
 };
 
@@ -117,16 +156,9 @@ int NameCollator::compareAscii(std::string_view a, std::string_view b) const
             return (i == n) == (j == m) ? 0 : i == n ? -1 : 1;
         unsigned char ca = a[i], cb = b[j];
         if (isDigit(ca) && isDigit(cb)) {
-            // Compare the two runs by value: skip leading zeros, then length, then digits.
-            while (i < n && a[i] == '0')
-                ++i;
-            while (j < m && b[j] == '0')
-                ++j;
-            size_t si = i, sj = j;
-            while (i < n && isDigit(a[i]))
-                ++i;
-            while (j < m && isDigit(b[j]))
-                ++j;
+            // Compare the two segments by value: skip leading zeros, then length, then
+            // digits (a longer run goes on as a further segment).
+            const size_t si = digitSegment(a, i), sj = digitSegment(b, j);
             size_t la = i - si, lb = j - sj;
             if (la != lb)
                 return la < lb ? -1 : 1;
@@ -156,15 +188,10 @@ void NameCollator::appendAsciiKey(std::string_view name, std::string& key) const
     for (size_t i = 0; i < n;) {
         unsigned char c = name[i];
         if (isDigit(c)) {
-            while (i < n && name[i] == '0')
-                ++i;
-            size_t start = i;
-            while (i < n && isDigit(name[i]))
-                ++i;
-            size_t len = i - start;
+            const size_t start = digitSegment(name, i);
+            const size_t len = i - start;
             key.push_back(char(m_rank[int('0')]));
-            key.push_back(char(len >> 8));
-            key.push_back(char(len & 0xff));
+            key.push_back(char(len));
             key.append(name.substr(start, len));
             continue;
         }

@@ -33,8 +33,9 @@ public:
     int compareAscii(std::string_view a, std::string_view b) const;
 
     // A byte key of an ASCII name whose plain byte order is compareAscii's order: one
-    // rank byte per character, and for a run of digits the rank of "0", the run's
-    // length without leading zeros (two bytes) and its digits.
+    // rank byte per character, and for each segment of a run of digits (as ICU splits
+    // them: at most 254 digits, leading zeros skipped) the rank of "0", the segment's
+    // length and its digits.
     std::string asciiKey(std::string_view name) const;
     void appendAsciiKey(std::string_view name, std::string& key) const;
 

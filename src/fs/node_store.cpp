@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -49,7 +50,10 @@ NodeRecord* NodeStore::allocate(size_t count)
     std::lock_guard lock(m_mutex);
     if (count > m_recordsLeft) {
         const size_t size = std::max(kRecordChunk, count);
-        m_recordChunks.emplace_back(new NodeRecord[size]);
+        auto* chunk = static_cast<NodeRecord*>(std::calloc(size, sizeof(NodeRecord)));
+        if (!chunk)
+            throw std::bad_alloc();
+        m_recordChunks.emplace_back(chunk);
         m_recordNext = m_recordChunks.back().get();
         m_recordsLeft = size;
         m_bytes += size * sizeof(NodeRecord);
@@ -75,6 +79,15 @@ const char* NodeStore::addNames(std::string_view packed)
     m_nameNext += packed.size();
     m_namesLeft -= packed.size();
     return at;
+}
+
+const char* NodeStore::addNames(std::string&& packed)
+{
+    if (packed.size() < kNameChunk / 2)
+        return addNames(std::string_view(packed));
+    std::lock_guard lock(m_mutex);
+    m_bytes += packed.capacity();
+    return m_keptNames.emplace_back(std::move(packed)).data();
 }
 
 void NodeStore::appendPath(const NodeRecord& record, std::string& into) const

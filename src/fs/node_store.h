@@ -17,10 +17,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 enum NodeFlag : uint8_t {
@@ -51,6 +54,8 @@ struct NodeRecord {
     bool isDir() const { return flags & kNodeDir; }
     std::string_view nameView() const { return {name, nameLength}; }
 };
+// All-zero bytes are a default record, so zeroed memory holds records without a constructor.
+static_assert(std::is_trivially_destructible_v<NodeRecord> && std::is_trivially_copyable_v<NodeRecord>);
 
 // The record's NodeMeta bits, safe against a concurrent nodeMetaPublish().
 uint8_t nodeMeta(const NodeRecord& record);
@@ -74,6 +79,8 @@ public:
     NodeRecord* allocate(size_t count);
     // Copies `packed` (names, each followed by a NUL) into the arena; returns where it begins.
     const char* addNames(std::string_view packed);
+    // The same, keeping a large `packed` itself instead of a copy.
+    const char* addNames(std::string&& packed);
 
     // The record's full path: the root path, then each name down to it.
     std::string path(const NodeRecord& record) const;
@@ -87,10 +94,16 @@ private:
     std::string m_rootPath;
     NodeRecord m_root;
     mutable std::mutex m_mutex;
-    std::vector<std::unique_ptr<NodeRecord[]>> m_recordChunks;
+    // Chunks are calloc'ed: the system hands out zero pages as they are first written,
+    // so a large folder's records are zeroed by the threads that fill them.
+    struct FreeChunk {
+        void operator()(NodeRecord* chunk) const { std::free(chunk); }
+    };
+    std::vector<std::unique_ptr<NodeRecord, FreeChunk>> m_recordChunks;
     size_t m_recordsLeft = 0;
     NodeRecord* m_recordNext = nullptr;
     std::vector<std::unique_ptr<char[]>> m_nameChunks;
+    std::deque<std::string> m_keptNames; // large listings' names, kept as read (never moved)
     size_t m_namesLeft = 0;
     char* m_nameNext = nullptr;
     size_t m_bytes = 0;

@@ -4,6 +4,7 @@
 #include "fs/file_io.h"
 #include "fs/mount_table.h"
 #include "fs/mount_watchdog.h"
+#include "fs/run_both.h"
 #include "fs/sort_nodes.h"
 #include "fs/sys_calls.h"
 #include "fs/utf8.h"
@@ -18,6 +19,7 @@
 #include <dirent.h>
 #include <mutex>
 #include <optional>
+#include <shared_mutex>
 #include <thread>
 #include <unordered_map>
 
@@ -74,6 +76,7 @@ struct Entry {
     uint8_t keep = 0; // listed
     uint8_t dir = 0;  // a folder, or a link to one
     uint8_t meta = 0; // NodeMeta once asked
+    uint16_t kind = 0; // a file's kind from its name, when worked out while reading
 };
 
 // What a status query told about an entry.
@@ -89,11 +92,17 @@ struct EntryStatus {
 // when names come first (one thread).
 class EntryStatuses {
 public:
-    EntryStatuses(size_t count, bool sparse)
+    explicit EntryStatuses(bool sparse)
         : m_sparse(sparse)
     {
-        if (!sparse)
-            m_dense.resize(count);
+    }
+    // Slots for `count` entries (dense), their room for `room` entries.
+    void resize(size_t count, size_t room)
+    {
+        if (m_sparse)
+            return;
+        m_dense.reserve(room);
+        m_dense.resize(count);
     }
     EntryStatus& at(uint32_t i) { return m_sparse ? m_few[i] : m_dense[i]; }
     EntryStatus get(uint32_t i) const
@@ -108,6 +117,61 @@ private:
     const bool m_sparse;
     std::vector<EntryStatus> m_dense;
     std::unordered_map<uint32_t, EntryStatus> m_few;
+};
+
+// A large listing's status queries start while the folder is still being read: a second
+// thread takes runs of the entries read so far, and once the reading ends both threads
+// take what is left. The arrays it reads only move (grow past their room) while it
+// holds no run: runs are examined under `moving` shared, and growing takes it alone.
+class AskAhead {
+public:
+    static constexpr size_t kRun = 256;
+
+    // Runs of entries below what has been read, until the reading has ended and no run
+    // is left. `examine(from, to)` is called with `moving` held shared.
+    template <typename Examine>
+    void work(const Examine& examine)
+    {
+        for (;;) {
+            const size_t limit = m_read.load(std::memory_order_acquire);
+            size_t from = m_next.load(std::memory_order_relaxed), to = 0;
+            do {
+                if (from >= limit)
+                    break;
+                to = std::min(from + kRun, limit);
+            } while (!m_next.compare_exchange_weak(from, to, std::memory_order_relaxed));
+            if (from < limit) {
+                std::shared_lock lock(m_moving);
+                examine(from, to);
+                continue;
+            }
+            std::unique_lock lock(m_waitLock);
+            if (m_ended && m_next.load(std::memory_order_relaxed) >= m_read.load(std::memory_order_acquire))
+                return;
+            m_readMore.wait(lock, [&] { return m_ended || m_read.load(std::memory_order_acquire) > limit; });
+        }
+    }
+
+    // The reader: `count` entries are in place (all of them when `ended`).
+    void published(size_t count, bool ended)
+    {
+        {
+            std::lock_guard lock(m_waitLock);
+            m_read.store(count, std::memory_order_release);
+            m_ended = ended;
+        }
+        m_readMore.notify_all();
+    }
+
+    // Held by the reader while the arrays grow.
+    std::shared_mutex& moving() { return m_moving; }
+
+private:
+    std::shared_mutex m_moving;
+    std::atomic<size_t> m_read{0}, m_next{0};
+    std::mutex m_waitLock;
+    std::condition_variable m_readMore;
+    bool m_ended = false;
 };
 
 // The state one scan shares between its threads.
@@ -163,31 +227,61 @@ private:
     // The folder's entries in directory order, without "." and ".." (and hidden ones
     // unless they are shown), their names packed into `names`. A read error is noted on
     // the record; what came before stays.
-    std::vector<Entry> readEntries(int fd, NodeRecord& record, std::string& names) const
+    // With `ahead`, a large folder's entries are examined by a second thread while they
+    // are read (`examine`), and by both threads once read; `statuses` then grows along.
+    // Returns whether they were examined so.
+    template <typename Examine>
+    bool readEntries(int fd, NodeRecord& record, std::vector<Entry>& entries, std::string& names,
+        EntryStatuses& statuses, bool ahead, const Examine& examine) const
     {
         thread_local std::vector<char> buffer(kDirentBuffer);
-        std::vector<Entry> entries;
         // A folder's own size roughly follows its entry count (ext4 and most others): a
         // large folder's arrays are reserved once rather than doubled a score of times.
         struct stat st;
-        if (sysCalls().fstat(fd, &st) == 0 && st.st_size > 64 * 1024) {
+        const bool large = sysCalls().fstat(fd, &st) == 0 && st.st_size > 64 * 1024;
+        if (large) {
             const size_t guess = std::min<size_t>(size_t(st.st_size) / 32, size_t(1) << 23);
             entries.reserve(guess);
             names.reserve(guess * 20);
+        }
+        std::optional<AskAhead> asking;
+        std::thread helper;
+        if (ahead && large) {
+            statuses.resize(0, entries.capacity());
+            asking.emplace();
+            helper = std::thread([&] { asking->work(examine); });
         }
         const int error = dirForEachEntry(fd, buffer, [&](const char* name, unsigned char type) {
             if (name[0] == '.' && !m_settings.showHidden)
                 return;
             const size_t length = std::strlen(name);
+            if (asking && (entries.size() == entries.capacity() || names.size() + length + 1 > names.capacity())) {
+                std::unique_lock lock(asking->moving());
+                entries.reserve(entries.capacity() * 2 + AskAhead::kRun);
+                names.reserve(names.capacity() * 2 + length + 1);
+                statuses.resize(entries.size(), entries.capacity());
+            }
             Entry entry;
             entry.nameAt = uint32_t(names.size());
             entry.nameLength = uint16_t(length);
             entry.type = type;
             names.append(name, length + 1);
             entries.push_back(entry);
+            if (asking) {
+                statuses.resize(entries.size(), entries.capacity()); // within its room: nothing moves
+                if (entries.size() % AskAhead::kRun == 0)
+                    asking->published(entries.size(), false);
+            }
         });
         record.readError = uint16_t(error);
-        return entries;
+        if (!asking) {
+            statuses.resize(entries.size(), entries.size());
+            return false;
+        }
+        asking->published(entries.size(), true);
+        asking->work(examine);
+        helper.join();
+        return true;
     }
 
     // Reads one folder into the record's children; appends its subfolders still to be read.
@@ -213,27 +307,33 @@ private:
             return;
         }
         parent.flags |= kNodeLoaded;
-        std::string names;
-        std::vector<Entry> entries = readEntries(fd, parent, names);
         const bool deeper = job.remaining >= 2;
         // Mount points of dead drives in this folder get no status query (it would hang):
         // they are listed as folders and left unread.
         const std::vector<std::string> stuck = mountWatchdogStuckEntries(path);
-        EntryStatuses statuses(entries.size(), m_namesFirst && !deeper);
+        std::string names;
+        std::vector<Entry> entries;
+        EntryStatuses statuses(m_namesFirst && !deeper);
         auto build = [&](size_t from, size_t to) {
             for (size_t i = from; i < to; ++i)
                 examine(fd, entries[i], statuses, uint32_t(i), names.data() + entries[i].nameAt, deeper, stuck);
         };
+        // A large listing asks for every entry's status: the queries start while it is read.
+        const bool ahead = m_threads >= 2 && !m_namesFirst && !m_searchFilter && !deeper;
+        const bool examined = readEntries(fd, parent, entries, names, statuses, ahead, build);
+        // A listing keeps every entry: their kinds are worked out in directory order, the
+        // order their names lie in (in display order the names would be read at random).
+        const bool kindsRead = !m_searchFilter;
+        if (kindsRead)
+            runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom, [&](size_t from, size_t to) {
+                for (size_t i = from; i < to; ++i)
+                    if (entries[i].type != DT_DIR && entries[i].type != DT_LNK)
+                        entries[i].kind = kindOfEntry(std::string_view(names.data() + entries[i].nameAt, entries[i].nameLength), EntryType::File);
+            });
         // A large folder's status queries are shared with a second thread; each entry is
         // examined in place, so the result does not depend on the split.
-        if (m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst) {
-            const size_t half = entries.size() / 2;
-            std::thread helper(build, half, entries.size());
-            build(0, half);
-            helper.join();
-        } else {
-            build(0, entries.size());
-        }
+        if (!examined)
+            runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst, build);
         std::vector<uint32_t> kept;
         kept.reserve(entries.size());
         for (uint32_t i = 0; i < entries.size(); ++i)
@@ -248,8 +348,9 @@ private:
         // a search packs only the few it keeps.
         const char* arena = nullptr;
         std::vector<uint32_t> nameAt;
-        if (kept.size() == entries.size()) {
-            arena = entries.empty() ? nullptr : m_store.addNames(names);
+        const bool allKept = kept.size() == entries.size(); // kept[i] == i
+        if (allKept) {
+            arena = entries.empty() ? nullptr : m_store.addNames(std::move(names));
         } else if (!kept.empty()) {
             std::string packed;
             nameAt.resize(entries.size());
@@ -261,25 +362,32 @@ private:
         }
         NodeRecord* children = m_store.allocate(kept.size());
         std::shared_ptr<DirFd> own; // this folder's descriptor, once a subfolder opens through it
-        for (size_t slot = 0; slot < order.size(); ++slot) {
-            const uint32_t i = kept[order[slot]];
-            const Entry& e = entries[i];
-            const EntryStatus status = e.meta & kMetaHasDate ? statuses.get(i) : EntryStatus{};
-            NodeRecord& child = children[slot];
-            child.name = arena + (nameAt.empty() ? e.nameAt : nameAt[i]);
-            child.nameLength = e.nameLength;
-            child.parent = &parent;
-            const bool link = e.type == DT_LNK;
-            child.flags = uint8_t((e.dir ? kNodeDir : 0) | (link ? kNodeAlias : 0) | (e.dir ? 0 : kNodeLoaded));
-            child.kind = kindOfEntry(child.nameView(), link ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
-            child.meta = e.meta;
-            child.size = status.size;
-            child.date = status.date;
-            if (e.dir && deeper && mayEnter(e, status, job.self.get())) {
-                child.flags |= kNodeLoaded; // its read is on its way
-                subs.push_back(subJob(job, child, status, names.data() + e.nameAt, e.nameLength, base, fd, own));
+        auto place = [&](size_t from, size_t to) {
+            for (size_t slot = from; slot < to; ++slot) {
+                const uint32_t i = allKept ? order[slot] : kept[order[slot]];
+                const Entry& e = entries[i];
+                const EntryStatus status = e.meta & kMetaHasDate ? statuses.get(i) : EntryStatus{};
+                NodeRecord& child = children[slot];
+                child.name = arena + (nameAt.empty() ? e.nameAt : nameAt[i]);
+                child.nameLength = e.nameLength;
+                child.parent = &parent;
+                const bool link = e.type == DT_LNK;
+                child.flags = uint8_t((e.dir ? kNodeDir : 0) | (link ? kNodeAlias : 0) | (e.dir ? 0 : kNodeLoaded));
+                child.kind = kindsRead && !link && !e.dir
+                    ? e.kind
+                    : kindOfEntry(child.nameView(), link ? EntryType::Link : e.dir ? EntryType::Folder : EntryType::File);
+                child.meta = e.meta;
+                child.size = status.size;
+                child.date = status.date;
+                if (e.dir && deeper && mayEnter(e, status, job.self.get())) {
+                    child.flags |= kNodeLoaded; // its read is on its way
+                    subs.push_back(subJob(job, child, status, child.name, e.nameLength, base, fd, own));
+                }
             }
-        }
+        };
+        // A large folder that is not gone into is placed in two halves at once: each
+        // slot is written once, and kinds are interned from any thread.
+        runHalves(order.size(), !deeper && m_threads >= 2 && order.size() >= kSplitFolderFrom, place);
         if (!own)
             sysClose(fd);
         parent.children = children;

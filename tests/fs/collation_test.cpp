@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
+#include <vector>
 
 TEST(Collation, NumericCaseInsensitiveAccentSensitive)
 {
@@ -48,4 +50,31 @@ TEST(Collation, AsciiTableAgreesWithIcu)
             ++mismatches;
         }
     }
+}
+
+// ICU compares a digit run by value in segments of at most 254 digits; runs around that
+// length (names may be 255 bytes) must order as ICU orders them, by both fast forms.
+TEST(Collation, LongDigitRunsOrderAsIcuSplitsThem)
+{
+    const NameCollator& c = NameCollator::forThread();
+    if (!c.hasAsciiFastPath())
+        GTEST_SKIP() << "tailored locale: ICU compares every name";
+    auto sign = [](int v) { return (v > 0) - (v < 0); };
+    std::vector<std::string> names;
+    for (size_t length : {1, 2, 253, 254, 255})
+        for (const char* tail : {"", "x", "0", "5", "-"}) {
+            names.push_back("1" + std::string(length - 1, '0') + tail);
+            names.push_back(std::string(length, '9') + tail);
+            names.push_back(std::string(length, '0') + tail);
+            names.push_back("0" + std::string(length - 1, '9') + tail);
+        }
+    names.push_back(std::string(254, '1') + "000");
+    names.push_back(std::string(254, '1') + "0001");
+    names.push_back("a" + std::string(254, '7'));
+    for (const std::string& a : names)
+        for (const std::string& b : names) {
+            const int expected = sign(c.sortKey(a).compare(c.sortKey(b)));
+            EXPECT_EQ(sign(c.compareAscii(a, b)), expected) << a.size() << " " << a << " vs " << b;
+            EXPECT_EQ(sign(c.asciiKey(a).compare(c.asciiKey(b))), expected) << a << " vs " << b;
+        }
 }

@@ -14,7 +14,9 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -50,6 +52,16 @@ int recordingFstatat(int dirfd, const char* path, struct stat* st, int flags)
         g_stats.push_back(path);
     }
     return sysCallsReal().fstatat(dirfd, path, st, flags);
+}
+
+// A folder's size as a small folder's: the scanner then reserves too little and grows
+// its arrays while it reads.
+int smallFolderFstat(int fd, struct stat* st)
+{
+    const int rc = sysCallsReal().fstat(fd, st);
+    if (rc == 0 && S_ISDIR(st->st_mode))
+        st->st_size = 64 * 1024 + 1;
+    return rc;
 }
 
 } // namespace
@@ -183,4 +195,56 @@ TEST(NodeMetaFill, StopsWhenCancelledAndKeepsRowsOfVanishedEntries)
     EXPECT_TRUE(done);
     for (uint32_t i = 0; i < again->root().childCount; ++i)
         EXPECT_TRUE(nodeMeta(again->root().children[i]) & kMetaKnown);
+}
+
+TEST(NodeStore, ALargeListingReadOnTwoThreadsEqualsTheOneThreadRead)
+{
+    // Past the size where records are placed and kinds worked out on two threads, where
+    // status queries start while the folder is read, and where the names read are kept
+    // by the store instead of copied: every record must be what the one-thread read
+    // gives, with the kind its name and type call for; also when the folder's size
+    // foretells too few entries, so that the arrays grow while the queries run.
+    TempTree t;
+    for (int i = 0; i < 800; ++i)
+        t.file("long/" + std::string(200, 'n') + std::to_string(i) + ".txt", "ab");
+    const char* extensions[] = {".txt", ".tar.gz", "", ".PDF", ".\u00e9t\u00e9", "."};
+    for (int i = 0; i < 6000; ++i) {
+        const std::string name = "top/entry_with_a_longer_name_" + std::to_string(i) + extensions[i % 6];
+        if (i % 500 == 0)
+            t.dir(name);
+        else if (i % 700 == 1)
+            t.symlink(name, i % 2 ? "entry_with_a_longer_name_0" : "missing");
+        else
+            t.file(name, std::string(size_t(i % 5), 'x'));
+    }
+    const BrondelSettings settings;
+    SysCalls calls = sysCallsReal();
+    calls.fstat = smallFolderFstat;
+    for (bool understated : {false, true})
+    for (const auto& [folder, count] : {std::pair{"top", 6000u}, std::pair{"long", 800u}})
+    for (ScanMeta meta : {ScanMeta::Full, ScanMeta::NamesFirst}) {
+        std::optional<SysCallsOverride> seam;
+        if (understated)
+            seam.emplace(calls);
+        Scanner one(settings);
+        one.setThreads(1);
+        NodeStorePtr expected = one.scanStore(t.path(folder), 1, meta);
+        NodeStorePtr store = Scanner(settings).scanStore(t.path(folder), 1, meta);
+        const NodeRecord& top = store->root();
+        ASSERT_EQ(top.childCount, count);
+        ASSERT_EQ(expected->root().childCount, count);
+        expectConsistent(top);
+        for (uint32_t i = 0; i < top.childCount; ++i) {
+            const NodeRecord& r = top.children[i];
+            const NodeRecord& e = expected->root().children[i];
+            ASSERT_EQ(r.nameView(), e.nameView()) << i;
+            EXPECT_EQ(r.flags, e.flags) << r.name;
+            EXPECT_EQ(r.kind, e.kind) << r.name;
+            EXPECT_EQ(r.size, e.size) << r.name;
+            EXPECT_EQ(nodeMeta(r), nodeMeta(e)) << r.name;
+            const EntryType type = r.flags & kNodeAlias ? EntryType::Link : r.isDir() ? EntryType::Folder : EntryType::File;
+            EXPECT_EQ(r.kind, kindOfEntry(r.nameView(), type)) << r.name;
+            EXPECT_EQ(store->path(r), t.path(folder) + "/" + std::string(r.nameView()));
+        }
+    }
 }
