@@ -1,0 +1,28 @@
+#pragma once
+// Where the keys move the current row of an outline, and what a typed prefix finds:
+// pure functions of the row map, so the view only carries them out.
+
+#include "views/outline_row_map.h"
+
+#include <QString>
+
+class QAbstractItemModel;
+
+enum class OutlineKey { Up, Down, PageUp, PageDown, Home, End, Left, Right };
+
+struct OutlineMove {
+    enum class Folder { Keep, Expand, Collapse };
+    int visual = -1;               // the new current row
+    Folder folder = Folder::Keep; // what happens to the current row's folder first
+};
+
+// The move from visible row `current` (-1: none) for `key`: Up, Down, Page keys (by
+// `pageRows`), Home and End along the visible rows; Right expands a collapsed folder,
+// then goes to its first child; Left collapses an expanded folder, else goes to the
+// row's folder. `folder` says whether the current row can expand.
+OutlineMove outlineKeyMove(const OutlineRowMap& rows, int current, OutlineKey key, int pageRows, bool folder);
+
+// The first visible row from `from` on (wrapping around) whose name (column 0) starts
+// with `prefix`, ignoring case, and can be selected (not a section header); -1 when
+// none does.
+int outlineTypeAhead(const OutlineRowMap& rows, const QAbstractItemModel& model, int from, const QString& prefix);
