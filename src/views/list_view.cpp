@@ -133,7 +133,7 @@ void BrondelOutlineView::reset()
 
 void BrondelOutlineView::rowsChanged()
 {
-    Q_ASSERT(m_rows.isConsistent() || m_rows.expandedCount() > 64); // checked while it is cheap
+    Q_ASSERT(m_rows.expandedCount() > 64 || m_rows.isConsistent()); // checked while it is cheap
     updateGeometries();
     viewport()->update();
     if (QAccessible::isActive()) {
@@ -431,6 +431,14 @@ void BrondelOutlineView::currentChanged(const QModelIndex& current, const QModel
     for (const QModelIndex& index : {previous, current})
         if (const int visual = m_rows.visualRow(index); visual >= 0)
             viewport()->update(rowRect(visual));
+    // Assistive technology hears of the cell by its place among the view's children
+    // (the column headers first, then each visible row's cells).
+    const int visual = m_rows.visualRow(current);
+    if (QAccessible::isActive() && hasFocus() && visual >= 0) {
+        QAccessibleEvent event(this, QAccessible::Focus);
+        event.setChild((visual + 1) * ListSource::ColumnCount + current.column());
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void BrondelOutlineView::paintEvent(QPaintEvent* event)
