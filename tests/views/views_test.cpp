@@ -4,8 +4,10 @@
 
 #include "../window/gui_test_main.h"
 #include "fs/fmt.h"
+#include "fs/folder_diff.h"
 #include "support/temp_tree.h"
 #include "views/column_view.h"
+#include "views/content_view.h"
 #include "views/list_size_cell.h"
 #include "views/list_view.h"
 #include "views/row_info_cache.h"
@@ -19,6 +21,8 @@
 #include <QItemSelectionModel>
 #include <QMimeData>
 #include <QUrl>
+
+#include <filesystem>
 
 namespace {
 
@@ -109,6 +113,15 @@ std::unique_ptr<BrondelOutlineView> shownOutline(ListSource* source, TestContext
     if (!QTest::qWaitForWindowExposed(view.get()))
         return nullptr;
     return view;
+}
+
+// The names on the outline's visible rows, top to bottom.
+QString shownNames(const BrondelOutlineView& view)
+{
+    QStringList names;
+    for (const QModelIndex& index : view.visibleRows())
+        names << index.data().toString();
+    return names.join(' ');
 }
 
 } // namespace
@@ -389,17 +402,11 @@ private slots:
         auto shown = shownOutline(source, f.t);
         QVERIFY(shown);
         BrondelOutlineView& view = *shown;
-        auto shownNames = [&] {
-            QStringList names;
-            for (const QModelIndex& index : view.visibleRows())
-                names << index.data().toString();
-            return names.join(' ');
-        };
         const QModelIndex work = source->index(0, 0);
         QVERIFY(view.visualRect(work).width() > view.header()->length() / 2); // a group row spans the columns
         const QRect arrow = view.visualRect(work);
         QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, QPoint(arrow.left() - view.indentation() / 2, arrow.center().y()));
-        QCOMPARE(shownNames(), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
+        QCOMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
         QVERIFY(!view.selectionModel()->hasSelection()); // the arrow selects nothing
 
         const QModelIndex a = source->index(3, 0);
@@ -407,13 +414,13 @@ private slots:
         view.setCurrentIndex(a);
         QTest::keyClick(&view, Qt::Key_Right); // opens, reading the folder
         f.t.scans.finishAll();
-        QTRY_COMPARE(shownNames(), QStringLiteral("Work w1 w2 w3 Play Recent a inner.txt b c d.txt e.txt"));
+        QTRY_COMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a inner.txt b c d.txt e.txt"));
         QTest::keyClick(&view, Qt::Key_Right); // to its first child
         QCOMPARE(view.currentIndex().data().toString(), QStringLiteral("inner.txt"));
         QTest::keyClick(&view, Qt::Key_Left); // to the folder
         QCOMPARE(view.currentIndex(), a);
         QTest::keyClick(&view, Qt::Key_Left); // closes it
-        QCOMPARE(shownNames(), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
+        QCOMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
         QTest::keyClick(&view, Qt::Key_End);
         QCOMPARE(view.currentIndex().data().toString(), QStringLiteral("e.txt"));
         view.keyboardSearch(QStringLiteral("w"));
@@ -507,6 +514,40 @@ private slots:
         view.selectionModel()->select(source->index(4, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
         QCOMPARE(table->selectedRows(), QList<int>{7}); // "b", below the three entries of Work
         QVERIFY(table->cellAt(7, 1)->tableCellInterface()->isSelected());
+    }
+    void outlineKeepsOpenedFoldersWhenTheFolderChanges()
+    {
+        // The shown folder read again: rows come and go in one layout change, and the
+        // opened folder stays open around its row, the selection following its rows.
+        Fixture f;
+        DirNodePtr before = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        auto* source = new ListSource(before, {}, f.t.context);
+        auto shown = shownOutline(source, f.t);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        view.expand(source->index(1, 0)); // b, empty
+        view.expand(source->index(0, 0)); // a
+        f.t.scans.finishAll();
+        QTRY_COMPARE(shownNames(view), QStringLiteral("a inner.txt b c d.txt e.txt"));
+        view.selectionModel()->select(source->index(3, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        f.tree.file("root/b0.txt");
+        std::filesystem::remove(f.tree.path("root/c"));
+        DirNodePtr fresh = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        QVERIFY(contentViewApplyFresh(&view, fresh, folderDiff(before->store->root(), fresh->store->root())));
+        QCOMPARE(shownNames(view), QStringLiteral("a inner.txt b b0.txt d.txt e.txt"));
+        QVERIFY(view.rowMap().isConsistent());
+        QCOMPARE(view.rowMap().expandedCount(), 2);
+        const QModelIndexList selected = view.selectionModel()->selectedRows();
+        QCOMPARE(selected.size(), 1);
+        QCOMPARE(selected[0].data().toString(), QStringLiteral("d.txt"));
+
+        // Gone with its folder: an opened folder whose row left drops out with its rows.
+        std::filesystem::remove_all(f.tree.path("root/a"));
+        DirNodePtr after = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        QVERIFY(contentViewApplyFresh(&view, after, folderDiff(fresh->store->root(), after->store->root())));
+        QCOMPARE(shownNames(view), QStringLiteral("b b0.txt d.txt e.txt"));
+        QVERIFY(view.rowMap().isConsistent());
+        QCOMPARE(view.rowMap().expandedCount(), 1);
     }
 };
 
