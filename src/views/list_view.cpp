@@ -1,7 +1,6 @@
 #include "views/list_view.h"
 
 #include "views/list_size_cell.h"
-#include "views/outline_input.h"
 #include "views/outline_paint.h"
 #include "views/row_info_cache.h"
 
@@ -12,6 +11,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 #include <climits>
@@ -415,10 +415,23 @@ void BrondelOutlineView::keyboardSearch(const QString& search)
     m_typedAt.start();
     // A new search starts below the current row; a longer prefix may stay on it.
     const int current = std::max(0, m_rows.visualRow(currentIndex()));
-    const int found = outlineTypeAhead(m_rows, *m_source, m_typed.size() == 1 ? current + 1 : current, m_typed);
-    if (found < 0)
+    m_search = {m_typed, m_typed.size() == 1 ? current + 1 : current};
+    searchOn(++m_searchGeneration);
+}
+
+void BrondelOutlineView::searchOn(int generation)
+{
+    constexpr int kRowsPerSlice = 20000; // well under a frame
+    if (generation != m_searchGeneration)
+        return; // a newer search took over
+    outlineSearchOn(m_search, m_rows, *m_source, kRowsPerSlice);
+    if (!m_search.finished(m_rows)) {
+        QTimer::singleShot(0, this, [this, generation] { searchOn(generation); });
         return;
-    const OutlineRowMap::Place place = m_rows.at(found);
+    }
+    const OutlineRowMap::Place place = m_rows.at(m_search.found);
+    if (!place.valid())
+        return;
     const QModelIndex index = m_source->index(place.row, 0, place.parent);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     scrollTo(index);

@@ -11,6 +11,7 @@
 
 #include "views/content_hooks.h"
 #include "views/list_source.h"
+#include "views/outline_input.h"
 #include "views/outline_row_map.h"
 
 #include <QAbstractItemView>
@@ -117,6 +118,7 @@ private:
     void columnResized(int column, int oldWidth, int newWidth);
     // Shows the settings' sort key and direction on the header.
     void showSortIndicator(const BrondelSettings& settings);
+    void searchOn(int generation);
 
     ListSource* m_source;
     ContentHooks m_hooks;
@@ -130,7 +132,10 @@ private:
     QBasicTimer m_springTimer;
     QPersistentModelIndex m_springRow;
     QRect m_dropRect; // where the drop indicator is drawn
-    // Type-ahead: the keys typed in quick succession.
+    // Type-ahead: the keys typed in quick succession, and the search for them, which
+    // goes on a slice at a time (a newer search ends an older one).
     QString m_typed;
     QElapsedTimer m_typedAt;
+    OutlineSearch m_search;
+    int m_searchGeneration = 0;
 };

@@ -36,27 +36,26 @@ OutlineMove outlineKeyMove(const OutlineRowMap& rows, int current, OutlineKey ke
     return {current};
 }
 
-int outlineTypeAhead(const OutlineRowMap& rows, const QAbstractItemModel& model, int from, const QString& prefix)
+void outlineSearchOn(OutlineSearch& search, const OutlineRowMap& rows, const QAbstractItemModel& model, int budget)
 {
     const int count = rows.rowCount();
-    if (count == 0 || prefix.isEmpty())
-        return -1;
-    from = std::clamp(from, 0, count - 1);
+    if (search.prefix.isEmpty() || count == 0)
+        search.searched = std::max(search.searched, count);
     // Run by run: the rows of one parent that follow each other are read straight from
     // the model, without a look-up per row.
-    for (int pass = 0; pass < 2; ++pass) {
-        const int end = pass == 0 ? count - 1 : from - 1;
-        for (int v = pass == 0 ? from : 0; v <= end;) {
-            const OutlineRowMap::Place at = rows.at(v);
-            const int last = std::min(rows.runEnd(v), end);
-            for (int row = at.row; row <= at.row + (last - v); ++row) {
-                const QModelIndex index = model.index(row, 0, at.parent);
-                if ((index.flags() & Qt::ItemIsSelectable)
-                    && index.data().toString().startsWith(prefix, Qt::CaseInsensitive))
-                    return v + (row - at.row);
+    while (!search.finished(rows) && budget > 0) {
+        const int v = int((qint64(std::max(search.start, 0)) + search.searched) % count);
+        const OutlineRowMap::Place at = rows.at(v);
+        const int last = std::min({rows.runEnd(v), v + budget - 1, v + (count - search.searched) - 1});
+        for (int row = at.row; row <= at.row + (last - v); ++row) {
+            const QModelIndex index = model.index(row, 0, at.parent);
+            if ((index.flags() & Qt::ItemIsSelectable)
+                && index.data().toString().startsWith(search.prefix, Qt::CaseInsensitive)) {
+                search.found = v + (row - at.row);
+                return;
             }
-            v = last + 1;
         }
+        search.searched += last - v + 1;
+        budget -= last - v + 1;
     }
-    return -1;
 }

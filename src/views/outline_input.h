@@ -22,7 +22,15 @@ struct OutlineMove {
 // row's folder. `folder` says whether the current row can expand.
 OutlineMove outlineKeyMove(const OutlineRowMap& rows, int current, OutlineKey key, int pageRows, bool folder);
 
-// The first visible row from `from` on (wrapping around) whose name (column 0) starts
-// with `prefix`, ignoring case, and can be selected (not a section header); -1 when
-// none does.
-int outlineTypeAhead(const OutlineRowMap& rows, const QAbstractItemModel& model, int from, const QString& prefix);
+// Type-ahead: the first visible row from `start` on (wrapping around) whose name
+// (column 0) starts with `prefix`, ignoring case, and can be selected (not a section
+// header). The search goes a slice at a time, so that a folder of a million rows never
+// holds up the UI thread: each call looks at up to `budget` more rows.
+struct OutlineSearch {
+    QString prefix;
+    int start = 0;
+    int searched = 0; // rows looked at so far
+    int found = -1;   // the visible row, once found
+    bool finished(const OutlineRowMap& rows) const { return found >= 0 || searched >= rows.rowCount(); }
+};
+void outlineSearchOn(OutlineSearch& search, const OutlineRowMap& rows, const QAbstractItemModel& model, int budget);

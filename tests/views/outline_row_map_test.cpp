@@ -4,6 +4,7 @@
 // walk finds there and back, and the map's own invariant holds.
 
 #include "support/test_env.h"
+#include "views/outline_input.h"
 #include "views/outline_row_map.h"
 
 #include <QAbstractItemModel>
@@ -312,6 +313,66 @@ private slots:
                 c.change(model, map);
             QCOMPARE(shown(model, map), c.after);
             QVERIFY2(map.expandedCount() == c.expandedAfter, c.name);
+        }
+    }
+
+    void keysMoveAlongTheVisibleRows()
+    {
+        TreeModel model(kTree);
+        OutlineRowMap map(&model);
+        QVERIFY(map.expand(model.named("a"))); // a a1 a2 a3 b c d
+        using Folder = OutlineMove::Folder;
+        const struct {
+            int from;
+            OutlineKey key;
+            bool folder;
+            int to;
+            Folder change;
+        } cases[] = {
+            {-1, OutlineKey::Down, false, 0, Folder::Keep}, {-1, OutlineKey::End, false, 6, Folder::Keep},
+            {0, OutlineKey::Up, true, 0, Folder::Keep}, {6, OutlineKey::Down, false, 6, Folder::Keep},
+            {1, OutlineKey::PageDown, false, 4, Folder::Keep}, {5, OutlineKey::PageUp, true, 2, Folder::Keep},
+            {0, OutlineKey::Right, true, 1, Folder::Keep},    // expanded: to the first child
+            {5, OutlineKey::Right, true, 5, Folder::Expand},  // c opens
+            {2, OutlineKey::Right, true, 2, Folder::Expand},  // a2 opens
+            {4, OutlineKey::Right, false, 4, Folder::Keep},   // a file
+            {0, OutlineKey::Left, true, 0, Folder::Collapse}, // a closes
+            {3, OutlineKey::Left, false, 0, Folder::Keep},    // a3: to its folder
+            {4, OutlineKey::Left, true, 4, Folder::Keep},     // top level
+        };
+        for (const auto& c : cases) {
+            const OutlineMove move = outlineKeyMove(map, c.from, c.key, 3, c.folder);
+            QCOMPARE(move.visual, c.to);
+            QVERIFY(move.folder == c.change);
+        }
+    }
+
+    void typeAheadGoesOnSliceBySlice()
+    {
+        TreeModel model(QStringLiteral("#Head(hx) beta alpha(apple) Bravo zed"));
+        OutlineRowMap map(&model);
+        for (const char* name : {"#Head", "alpha"})
+            QVERIFY(map.expand(model.named(name)));
+        QCOMPARE(shown(model, map), QStringLiteral("#Head hx beta alpha apple Bravo zed"));
+        const struct {
+            const char* prefix;
+            int start;
+            int budget;
+            int found;
+        } cases[] = {
+            {"b", 0, 100, 2}, {"b", 3, 100, 5}, {"BR", 0, 1, 5}, {"a", 5, 1, 3}, {"ap", 0, 2, 4},
+            {"h", 0, 100, 1}, // the header passed over
+            {"q", 2, 1, -1},
+        };
+        for (const auto& c : cases) {
+            OutlineSearch search{QString::fromUtf8(c.prefix), c.start};
+            int slices = 0;
+            while (!search.finished(map) && slices < 100) {
+                outlineSearchOn(search, map, model, c.budget);
+                ++slices;
+            }
+            QVERIFY2(search.found == c.found, c.prefix);
+            QVERIFY(search.searched <= map.rowCount());
         }
     }
 
