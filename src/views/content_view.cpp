@@ -37,11 +37,17 @@ std::vector<std::string> contentViewSelection(QWidget* view)
     const NodeTreeModel* model = contentModel(items);
     if (!model || !items->selectionModel())
         return paths;
+    // Range by range, each row once by its first column: no list of every selected
+    // cell (a selection of a million rows spans four million).
     std::set<std::string> seen;
-    for (const QModelIndex& index : items->selectionModel()->selectedIndexes()) {
-        DirNodePtr node = model->nodeAt(index);
-        if (node && !node->isSectionHeader && seen.insert(node->path).second)
-            paths.push_back(node->path);
+    for (const QItemSelectionRange& range : items->selectionModel()->selection()) {
+        if (range.left() != 0)
+            continue;
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            DirNodePtr node = model->nodeAt(model->index(row, 0, range.parent()));
+            if (node && !node->isSectionHeader && seen.insert(node->path).second)
+                paths.push_back(node->path);
+        }
     }
     return paths;
 }

@@ -4,16 +4,25 @@
 
 #include "../window/gui_test_main.h"
 #include "fs/fmt.h"
+#include "fs/folder_diff.h"
 #include "support/temp_tree.h"
 #include "views/column_view.h"
+#include "views/content_view.h"
 #include "views/list_size_cell.h"
 #include "views/list_view.h"
 #include "views/row_info_cache.h"
 #include "sizes/folder_sizes.h"
 #include "sizes/info_notifier.h"
 
+#include <QAccessible>
+#include <QApplication>
+#include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QMimeData>
+#include <QUrl>
+
+#include <filesystem>
 
 namespace {
 
@@ -93,6 +102,26 @@ std::unique_ptr<BrondelOutlineView> shownList(Fixture& f, const ContentHooks& ho
     if (!QTest::qWaitForWindowExposed(view.get()))
         return nullptr;
     return view;
+}
+
+// The outline of `source`, shown 600 x 400.
+std::unique_ptr<BrondelOutlineView> shownOutline(ListSource* source, TestContext& t, const ContentHooks& hooks = {})
+{
+    auto view = std::make_unique<BrondelOutlineView>(source, t.context, hooks);
+    view->resize(600, 400);
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view.get()))
+        return nullptr;
+    return view;
+}
+
+// The names on the outline's visible rows, top to bottom.
+QString shownNames(const BrondelOutlineView& view)
+{
+    QStringList names;
+    for (const QModelIndex& index : view.visibleRows())
+        names << index.data().toString();
+    return names.join(' ');
 }
 
 } // namespace
@@ -362,6 +391,163 @@ private slots:
         QCOMPARE(pending->headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(), QStringLiteral("Size \u2026"));
         QCOMPARE(reading.header()->sortIndicatorSection(), int(ListSource::Size));
         QTRY_COMPARE(pending->headerData(ListSource::Size, Qt::Horizontal, Qt::DisplayRole).toString(), QStringLiteral("Size"));
+    }
+
+    void outlineExpandsByArrowAndKeys()
+    {
+        // Rows open in place below their folder, by a click on the arrow or by the keys,
+        // and close again; Left on a child goes to its folder.
+        Fixture f;
+        auto* source = new ListSource(f.root, f.t.headers, f.t.context);
+        auto shown = shownOutline(source, f.t);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        const QModelIndex work = source->index(0, 0);
+        QVERIFY(view.visualRect(work).width() > view.header()->length() / 2); // a group row spans the columns
+        const QRect arrow = view.visualRect(work);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, QPoint(arrow.left() - view.indentation() / 2, arrow.center().y()));
+        QCOMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
+        QVERIFY(!view.selectionModel()->hasSelection()); // the arrow selects nothing
+
+        const QModelIndex a = source->index(3, 0);
+        view.setFocus();
+        view.setCurrentIndex(a);
+        QTest::keyClick(&view, Qt::Key_Right); // opens, reading the folder
+        f.t.scans.finishAll();
+        QTRY_COMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a inner.txt b c d.txt e.txt"));
+        QTest::keyClick(&view, Qt::Key_Right); // to its first child
+        QCOMPARE(view.currentIndex().data().toString(), QStringLiteral("inner.txt"));
+        QTest::keyClick(&view, Qt::Key_Left); // to the folder
+        QCOMPARE(view.currentIndex(), a);
+        QTest::keyClick(&view, Qt::Key_Left); // closes it
+        QCOMPARE(shownNames(view), QStringLiteral("Work w1 w2 w3 Play Recent a b c d.txt e.txt"));
+        QTest::keyClick(&view, Qt::Key_End);
+        QCOMPARE(view.currentIndex().data().toString(), QStringLiteral("e.txt"));
+        view.keyboardSearch(QStringLiteral("w"));
+        QCOMPARE(view.currentIndex().data().toString(), QStringLiteral("w1")); // passing the header Work
+        QCOMPARE(view.selectionModel()->selectedRows().size(), 1);
+        QTest::keyClick(&view, Qt::Key_Down);
+        QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+        QCOMPARE(view.selectionModel()->selectedRows().size(), 2);
+    }
+
+    void outlineSelectsRangesNotRows()
+    {
+        // A Shift range or a rubber band over many rows is one selection range per run
+        // of rows under one parent, however many rows it covers.
+        TempTree tree;
+        for (int i = 0; i < 2000; ++i)
+            tree.file("root/f" + std::to_string(10000 + i));
+        tree.dir("root/a");
+        tree.file("root/a/inner.txt");
+        TestContext t;
+        auto* source = new ListSource(scanned(tree.path("root")), {}, t.context);
+        auto shown = shownOutline(source, t);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        QCOMPARE(source->index(0, 0).data().toString(), QStringLiteral("a"));
+        view.expand(source->index(0, 0));
+        t.scans.finishAll();
+        QTRY_COMPARE(view.rowMap().rowCount(), 2002);
+        const QModelIndex first = source->index(1, 0);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, view.visualRect(first).center());
+        const QModelIndex last = source->index(2000, 0);
+        view.scrollTo(last);
+        QVERIFY(view.viewport()->rect().contains(view.visualRect(last).center()));
+        QCOMPARE(view.indexAt(view.visualRect(last).center()), last);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ShiftModifier, view.visualRect(last).center());
+        QCOMPARE(view.selectionModel()->selection().size(), 1);
+        QCOMPARE(view.selectionModel()->selectedRows().size(), 2000);
+
+        view.scrollTo(source->index(0, 0));
+        view.selectAll(); // the folder, its child, and the files after it
+        QCOMPARE(view.selectionModel()->selection().size(), 3);
+        QVERIFY(view.selectionModel()->isSelected(source->index(0, 0, source->index(0, 0))));
+    }
+
+    void outlineOpensAFolderHoveredDuringADrag()
+    {
+        Fixture f;
+        ContentHooks hooks;
+        hooks.drop = [](std::vector<std::string>, std::string) {};
+        auto* source = new ListSource(f.root, {}, f.t.context);
+        auto shown = shownOutline(source, f.t, hooks);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(f.tree.path("root/e.txt")))});
+        const QPoint over = view.visualRect(source->index(1, 0)).center(); // folder "b"
+        QDragEnterEvent enter(over, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(view.viewport(), &enter);
+        QDragMoveEvent move(over, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(view.viewport(), &move);
+        QVERIFY(!view.isExpanded(source->index(1, 0)));
+        QTRY_VERIFY_WITH_TIMEOUT(view.isExpanded(source->index(1, 0)), 3000);
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(view.viewport(), &leave);
+    }
+
+    void outlineTellsAssistiveTechnologyItsRows()
+    {
+        Fixture f;
+        auto* source = new ListSource(f.root, f.t.headers, f.t.context);
+        auto shown = shownOutline(source, f.t);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        QAccessibleInterface* tree = QAccessible::queryAccessibleInterface(&view);
+        QVERIFY(tree && tree->tableInterface());
+        QCOMPARE(tree->role(), QAccessible::Tree);
+        QAccessibleTableInterface* table = tree->tableInterface();
+        QCOMPARE(table->rowCount(), 8);
+        QCOMPARE(table->columnCount(), int(ListSource::ColumnCount));
+        QCOMPARE(tree->child(0)->text(QAccessible::Name), QStringLiteral("Name")); // the header first
+        QCOMPARE(tree->child(0)->role(), QAccessible::ColumnHeader);
+        QAccessibleInterface* a = table->cellAt(3, 0);
+        QCOMPARE(a->text(QAccessible::Name), QStringLiteral("a"));
+        QCOMPARE(tree->indexOfChild(a), 4 * int(ListSource::ColumnCount));
+        QVERIFY(a->state().expandable && a->state().collapsed);
+        QCOMPARE(table->cellAt(6, ListSource::Size)->text(QAccessible::Name), QStringLiteral("5 B"));
+        view.expand(source->index(0, 0));
+        QCOMPARE(table->rowCount(), 11);
+        QAccessibleInterface* work = table->cellAt(0, 0);
+        QVERIFY(work->state().expanded && !work->state().selectable);
+        view.selectionModel()->select(source->index(4, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QCOMPARE(table->selectedRows(), QList<int>{7}); // "b", below the three entries of Work
+        QVERIFY(table->cellAt(7, 1)->tableCellInterface()->isSelected());
+    }
+    void outlineKeepsOpenedFoldersWhenTheFolderChanges()
+    {
+        // The shown folder read again: rows come and go in one layout change, and the
+        // opened folder stays open around its row, the selection following its rows.
+        Fixture f;
+        DirNodePtr before = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        auto* source = new ListSource(before, {}, f.t.context);
+        auto shown = shownOutline(source, f.t);
+        QVERIFY(shown);
+        BrondelOutlineView& view = *shown;
+        view.expand(source->index(1, 0)); // b, empty
+        view.expand(source->index(0, 0)); // a
+        f.t.scans.finishAll();
+        QTRY_COMPARE(shownNames(view), QStringLiteral("a inner.txt b c d.txt e.txt"));
+        view.selectionModel()->select(source->index(3, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        f.tree.file("root/b0.txt");
+        std::filesystem::remove(f.tree.path("root/c"));
+        DirNodePtr fresh = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        QVERIFY(contentViewApplyFresh(&view, fresh, folderDiff(before->store->root(), fresh->store->root())));
+        QCOMPARE(shownNames(view), QStringLiteral("a inner.txt b b0.txt d.txt e.txt"));
+        QVERIFY(view.rowMap().isConsistent());
+        QCOMPARE(view.rowMap().expandedCount(), 2);
+        const QModelIndexList selected = view.selectionModel()->selectedRows();
+        QCOMPARE(selected.size(), 1);
+        QCOMPARE(selected[0].data().toString(), QStringLiteral("d.txt"));
+
+        // Gone with its folder: an opened folder whose row left drops out with its rows.
+        std::filesystem::remove_all(f.tree.path("root/a"));
+        DirNodePtr after = ScanService::scanListing(f.tree.path("root"), f.t.settings);
+        QVERIFY(contentViewApplyFresh(&view, after, folderDiff(fresh->store->root(), after->store->root())));
+        QCOMPARE(shownNames(view), QStringLiteral("b b0.txt d.txt e.txt"));
+        QVERIFY(view.rowMap().isConsistent());
+        QCOMPARE(view.rowMap().expandedCount(), 1);
     }
 };
 
