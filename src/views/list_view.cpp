@@ -3,6 +3,7 @@
 #include "views/list_size_cell.h"
 #include "views/outline_paint.h"
 #include "views/row_info_cache.h"
+#include "services/drop_action.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -529,6 +530,7 @@ void BrondelOutlineView::dropEvent(QDropEvent* event)
 {
     m_springTimer.stop();
     m_dropRect = QRect();
+    DropKeysNote keys(event->modifiers()); // the drop's own keys, not the keyboard's now
     QAbstractItemView::dropEvent(event);
     viewport()->update();
 }

@@ -6,6 +6,7 @@
 #include "fs/file_io.h"
 #include "support/temp_tree.h"
 #include "views/column_view.h"
+#include "views/list_view.h"
 
 #include <QDropEvent>
 #include <QMimeData>
@@ -36,17 +37,23 @@ class DropOnViewTest : public QObject {
 private slots:
     void keysAtTheDropChooseCopyOrMove_data()
     {
+        QTest::addColumn<int>("mode");
         QTest::addColumn<int>("modifiers");
         QTest::addColumn<bool>("moves");
         QTest::addColumn<bool>("ontoRow");
-        QTest::newRow("plain, same device: moved") << int(Qt::NoModifier) << true << false;
-        QTest::newRow("Ctrl: copied") << int(Qt::ControlModifier) << false << false;
-        QTest::newRow("Shift: moved") << int(Qt::ShiftModifier) << true << false;
-        QTest::newRow("Ctrl onto a folder's row: copied into it") << int(Qt::ControlModifier) << false << true;
+        for (ViewMode mode : {ViewMode::Column, ViewMode::List}) {
+            const QByteArray name = mode == ViewMode::List ? "list, " : "columns, ";
+            QTest::newRow(name + "plain, same device: moved") << int(mode) << int(Qt::NoModifier) << true << false;
+            QTest::newRow(name + "Ctrl: copied") << int(mode) << int(Qt::ControlModifier) << false << false;
+            QTest::newRow(name + "Shift: moved") << int(mode) << int(Qt::ShiftModifier) << true << false;
+            QTest::newRow(name + "Ctrl onto a folder's row: copied into it")
+                << int(mode) << int(Qt::ControlModifier) << false << true;
+        }
     }
 
     void keysAtTheDropChooseCopyOrMove()
     {
+        QFETCH(int, mode);
         QFETCH(int, modifiers);
         QFETCH(bool, moves);
         QFETCH(bool, ontoRow);
@@ -57,19 +64,26 @@ private slots:
         TestContext t;
         auto pane = std::make_unique<BrondelWindow>(ScanService::scanListing(shown, t.settings), RootKind::Folder,
             t.context);
-        pane->rebuildMode(ViewMode::Column);
+        pane->rebuildMode(ViewMode(mode));
         pane->resize(700, 400);
         pane->show();
         QVERIFY(QTest::qWaitForWindowExposed(pane.get()));
-        auto* browser = qobject_cast<BrondelBrowser*>(pane->contentView());
-        QVERIFY(browser);
-        QAbstractItemView* column = browser->columns().first();
+        QAbstractItemView* view = nullptr;
+        const NodeTreeModel* model = nullptr;
+        if (auto* browser = qobject_cast<BrondelBrowser*>(pane->contentView())) {
+            view = browser->columns().first();
+            model = browser->source();
+        } else if (auto* list = qobject_cast<BrondelOutlineView*>(pane->contentView())) {
+            view = list;
+            model = list->source();
+        }
+        QVERIFY(view && model);
 
         QMimeData mime;
         mime.setUrls({QUrl::fromLocalFile(QString::fromStdString(item))});
-        const QPoint at = ontoRow ? column->visualRect(browser->source()->indexOfPath(shown + "/sub")).center()
-                                  : QPoint(column->viewport()->width() / 2, column->viewport()->height() - 4);
-        dropAt(column->viewport(), at, mime, Qt::KeyboardModifiers(modifiers));
+        const QPoint at = ontoRow ? view->visualRect(model->indexOfPath(shown + "/sub")).center()
+                                  : QPoint(view->viewport()->width() / 2, view->viewport()->height() - 4);
+        dropAt(view->viewport(), at, mime, Qt::KeyboardModifiers(modifiers));
         const std::string landed = shown + (ontoRow ? "/sub/item.txt" : "/item.txt");
         QTRY_VERIFY_WITH_TIMEOUT(exists(landed), 10000);
         QTRY_COMPARE_WITH_TIMEOUT(exists(item), !moves, 10000);
