@@ -23,12 +23,12 @@ QString text(const char* utf8)
     return utf8 ? QString::fromUtf8(utf8) : QString();
 }
 
-// The message of `error`, which is freed.
+// The message of `error`, which is freed; never empty.
 QString takeError(GError* error)
 {
     const QString message = error ? text(error->message) : QString();
     g_clear_error(&error);
-    return message;
+    return message.isEmpty() ? QObject::tr("The desktop gave no reason.") : message;
 }
 
 QString iconOf(GAppInfo* app)
