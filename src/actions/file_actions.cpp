@@ -3,9 +3,10 @@
 #include "actions/action_dialogs.h"
 #include "actions/workspace.h"
 #include "fs/paths.h"
+#include "services/app_infos.h"
+#include "services/background_work.h"
 #include "services/drop_action.h"
 #include "fs/file_io.h"
-#include "fs/mime_apps_edit.h"
 #include "ops/op_queue.h"
 #include "services/scan_service.h"
 #include "window/brondel_window.h"
@@ -20,17 +21,15 @@
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QListWidget>
-#include <QLocale>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeDatabase>
 #include <QPointer>
-#include <QProcess>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <atomic>
 #include <cstring>
-#include <mutex>
 #include <unordered_map>
 
 namespace {
@@ -43,6 +42,11 @@ QString decode(const std::string& bytes)
 QString nameOf(const std::string& path)
 {
     return decode(pathLastComponent(path));
+}
+
+QIcon appIcon(const AppInfo& app)
+{
+    return app.icon.startsWith(u'/') ? QIcon(app.icon) : QIcon::fromTheme(app.icon);
 }
 
 // What to do when a job of ours ends: the queue's signal names the job only.
@@ -99,61 +103,39 @@ QString failureTitle(const OpRequest& request)
     return {};
 }
 
-// The applications, read once in the background; the types of a name are looked up there
-// too (the MIME database reads its files on first use).
-// Read on the scan pool, which may still run at exit: allocated once, never destroyed.
-std::mutex& g_appsMutex = *new std::mutex;
-std::shared_ptr<const DesktopAppIndex>& g_apps = *new std::shared_ptr<const DesktopAppIndex>; // under g_appsMutex
-
-// The index when it has been read, without reading it.
-std::shared_ptr<const DesktopAppIndex> appsIndexIfRead()
+// The applications are looked up and started on a pool of their own: GIO reads its index
+// from the disk on first use and after a change. Made on first use, never destroyed.
+BackgroundWork& appsWork()
 {
-    std::lock_guard lock(g_appsMutex);
-    return g_apps;
+    static BackgroundWork* work = new BackgroundWork(1, WorkClass::UserInitiated);
+    return *work;
 }
 
-std::shared_ptr<const DesktopAppIndex> appsIndex()
+// Set once GIO's index has been read: until then, opening a file goes to the desktop.
+std::atomic<bool> g_appsRead{false};
+
+QString typeOf(const std::string& path)
 {
-    std::lock_guard lock(g_appsMutex);
-    if (!g_apps)
-        g_apps = std::make_shared<const DesktopAppIndex>(
-            desktopAppsLoad(desktopAppDirsFromEnvironment(), QLocale::system().name()));
-    return g_apps;
+    return QMimeDatabase().mimeTypeForFile(nameOf(path), QMimeDatabase::MatchExtension).name();
 }
 
-QStringList typesOf(const std::string& path)
+QString couldNotStart(const QString& app)
 {
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(nameOf(path), QMimeDatabase::MatchExtension);
-    QStringList types{type.name()};
-    types << type.allAncestors();
-    return types;
+    return QObject::tr("“%1” could not be started.").arg(app);
 }
 
-// Makes `id` the default application of `type` in the user's mimeapps.list, in the
-// background; the applications are read again afterwards, so the next Open uses it.
-void setDefaultApp(ScanService* work, QPointer<QWidget> window, const QString& type, const QString& id)
+// Starts `app` with `path` in the background; an alert on `window` says why it did not.
+void launchApp(QPointer<QWidget> window, const AppInfo& app, const std::string& path)
 {
-    if (!work || type.isEmpty())
-        return;
-    work->submit(nullptr, [window, type, id]() -> std::function<void()> {
-        const DesktopAppDirs dirs = desktopAppDirsFromEnvironment();
-        const std::string list = QFile::encodeName(dirs.configDirs.value(0)).toStdString() + "/mimeapps.list";
-        const int error = mimeAppsSetDefault(list, type.toStdString(), id.toStdString());
-        {
-            std::lock_guard lock(g_appsMutex);
-            g_apps.reset(); // read again on next use
-        }
-        appsIndex();
-        return [window, error] {
-            if (error)
-                ActionDialogs::current().alert(window, QObject::tr("The default application could not be set."),
-                    QString::fromLocal8Bit(std::strerror(error)));
-        };
+    appsWork().submit(nullptr, [window, app, path]() -> std::function<void()> {
+        const QString error = AppInfos::launch(app.id, {path});
+        if (error.isEmpty())
+            return {};
+        return [window, app, error] { ActionDialogs::current().alert(window, couldNotStart(app.name), error); };
     });
 }
 
-void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const DesktopAppIndex> apps, const QString& type,
-    const std::string& path)
+void chooseOther(QWidget* parent, const std::vector<AppInfo>& apps, const QString& type, const std::string& path)
 {
     auto* dialog = new QDialog(parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -161,16 +143,9 @@ void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const Deskt
     auto* layout = new QVBoxLayout(dialog);
     auto* list = new QListWidget(dialog);
     list->setObjectName(QStringLiteral("applications"));
-    std::vector<const DesktopApp*> shown;
-    // Pointers into the index itself (a const QHash's [] gives a copy, gone at once).
-    for (const QString& id : apps->appOrder)
-        if (const auto app = apps->apps.constFind(id); app != apps->apps.constEnd() && !app->noDisplay)
-            shown.push_back(&*app);
-    std::sort(shown.begin(), shown.end(),
-        [](const DesktopApp* a, const DesktopApp* b) { return a->name.localeAwareCompare(b->name) < 0; });
-    for (const DesktopApp* app : shown) {
-        auto* row = new QListWidgetItem(QIcon::fromTheme(app->icon), app->name, list);
-        row->setData(Qt::UserRole, app->id);
+    for (const AppInfo& app : apps) {
+        auto* row = new QListWidgetItem(appIcon(app), app.name, list);
+        row->setData(Qt::UserRole, app.id);
     }
     layout->addWidget(list);
     const QMimeType mime = QMimeDatabase().mimeTypeForName(type);
@@ -180,13 +155,22 @@ void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const Deskt
     layout->addWidget(always);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel, dialog);
     layout->addWidget(buttons);
-    auto open = [dialog, list, always, work, apps, type, path] {
+    auto open = [dialog, list, always, type, path] {
         if (QListWidgetItem* row = list->currentItem()) {
-            const DesktopApp& app = apps->apps[row->data(Qt::UserRole).toString()];
-            if (always->isChecked())
-                setDefaultApp(work, dialog->parentWidget(), type, app.id);
-            if (!FileActions::launch(app, {path}))
-                ActionDialogs::current().alert(dialog->parentWidget(), QObject::tr("“%1” could not be started.").arg(app.name), {});
+            const AppInfo app{row->data(Qt::UserRole).toString(), row->text(), {}, false};
+            QPointer<QWidget> window(dialog->parentWidget());
+            if (always->isChecked()) {
+                // The default first, so that the next Open uses it; then the file.
+                appsWork().submit(nullptr, [window, type, id = app.id]() -> std::function<void()> {
+                    const QString error = AppInfos::setDefault(type, id);
+                    if (error.isEmpty())
+                        return {};
+                    return [window, error] {
+                        ActionDialogs::current().alert(window, QObject::tr("The default application could not be set."), error);
+                    };
+                });
+            }
+            launchApp(window, app, path);
         }
         dialog->accept();
     };
@@ -196,25 +180,18 @@ void chooseOther(QWidget* parent, ScanService* work, std::shared_ptr<const Deskt
     dialog->open();
 }
 
-void fillApps(QMenu& menu, QWidget* parent, ScanService* work, std::shared_ptr<const DesktopAppIndex> apps,
-    const QStringList& types, const std::string& path)
+void fillApps(QMenu& menu, QWidget* parent, const std::vector<AppInfo>& forType, std::vector<AppInfo> all,
+    const QString& type, const std::string& path)
 {
     menu.clear();
-    const QStringList ids = desktopAppsFor(*apps, types);
-    for (const QString& id : ids) {
-        const DesktopApp& app = apps->apps[id];
-        QAction* action = menu.addAction(QIcon::fromTheme(app.icon), app.name);
-        QPointer<QWidget> window(parent);
-        QObject::connect(action, &QAction::triggered, &menu, [app, path, window] {
-            if (!FileActions::launch(app, {path}))
-                ActionDialogs::current().alert(window, QObject::tr("“%1” could not be started.").arg(app.name), {});
-        });
-    }
-    if (!ids.isEmpty())
-        menu.addSeparator();
     QPointer<QWidget> window(parent);
+    for (const AppInfo& app : forType)
+        QObject::connect(menu.addAction(appIcon(app), app.name), &QAction::triggered, &menu,
+            [window, app, path] { launchApp(window, app, path); });
+    if (!forType.empty())
+        menu.addSeparator();
     QObject::connect(menu.addAction(QObject::tr("Other Application…")), &QAction::triggered, &menu,
-        [window, work, apps, type = types.value(0), path] { chooseOther(window, work, apps, type, path); });
+        [window, all = std::move(all), type, path] { chooseOther(window, all, type, path); });
 }
 
 } // namespace
@@ -378,60 +355,57 @@ void FileActions::openWithFill(QMenu& menu, BrondelWindow& pane, const std::stri
     menu.addAction(QObject::tr("Looking for applications…"))->setEnabled(false);
     QPointer<QMenu> target(&menu);
     QPointer<QWidget> window(pane.window());
-    ScanService* work = pane.context().scans;
-    work->submit(&menu, [target, window, work, path]() -> std::function<void()> {
-        auto apps = appsIndex();
-        const QStringList types = typesOf(path);
-        return [target, window, work, apps, types, path] {
+    appsWork().submit(&menu, [target, window, path]() -> std::function<void()> {
+        const QString type = typeOf(path);
+        std::vector<AppInfo> forType = AppInfos::forType(type);
+        std::vector<AppInfo> all = AppInfos::all();
+        g_appsRead = true;
+        return [target, window, forType = std::move(forType), all = std::move(all), type, path]() mutable {
             if (target)
-                fillApps(*target, window, work, apps, types, path);
+                fillApps(*target, window, forType, std::move(all), type, path);
         };
     });
 }
 
-void FileActions::warmUp(const BrowserContext& context)
+void FileActions::warmUp()
 {
-    if (context.scans && !appsIndexIfRead())
-        context.scans->submit(nullptr, []() -> std::function<void()> {
-            appsIndex();
+    if (!g_appsRead)
+        appsWork().submit(nullptr, []() -> std::function<void()> {
+            AppInfos::forType(QStringLiteral("text/plain")); // reads the whole index
+            g_appsRead = true;
             return {};
         });
 }
 
-bool FileActions::openDefault(QWidget* parent, const std::string& path)
+void FileActions::waitForApps()
 {
-    const std::shared_ptr<const DesktopAppIndex> apps = appsIndexIfRead();
-    if (!apps)
-        return false;
-    const QStringList types = typesOf(path);
-    if (types.value(0) == QLatin1String("application/octet-stream"))
-        return false; // the name tells nothing: the desktop may look inside
-    const QStringList ids = desktopAppsFor(*apps, types);
-    const QMimeType type = QMimeDatabase().mimeTypeForName(types.value(0));
-    if (ids.isEmpty()) {
-        ActionDialogs::current().alert(parent, QObject::tr("\u201c%1\u201d could not be opened.").arg(nameOf(path)),
-            QObject::tr("No application is set up to open this kind of file (%1).")
-                .arg(type.comment().isEmpty() ? type.name() : type.comment()));
-        return true;
-    }
-    const DesktopApp& app = apps->apps[ids.front()];
-    if (!launch(app, {path}))
-        ActionDialogs::current().alert(parent, QObject::tr("\u201c%1\u201d could not be opened.").arg(nameOf(path)),
-            QObject::tr("%1 could not be started.").arg(app.name));
-    return true;
+    appsWork().waitForDone();
 }
 
-bool FileActions::launch(const DesktopApp& app, const std::vector<std::string>& paths)
+bool FileActions::openDefault(QWidget* parent, const std::string& path)
 {
-    QStringList texts;
-    for (const std::string& path : paths)
-        texts << decode(path);
-    bool started = false;
-    for (QStringList command : desktopExecCommands(app, texts)) {
-        if (app.terminal)
-            command = QStringList{QStringLiteral("x-terminal-emulator"), QStringLiteral("-e")} + command;
-        const QString program = command.takeFirst();
-        started = QProcess::startDetached(program, command) || started;
-    }
-    return started;
+    if (!g_appsRead)
+        return false;
+    const QString type = typeOf(path);
+    if (type == QLatin1String("application/octet-stream"))
+        return false; // the name tells nothing: the desktop may look inside
+    QPointer<QWidget> window(parent);
+    appsWork().submit(nullptr, [window, type, path]() -> std::function<void()> {
+        const std::vector<AppInfo> apps = AppInfos::forType(type);
+        const QString error = apps.empty() ? QString() : AppInfos::launch(apps.front().id, {path});
+        if (!apps.empty() && error.isEmpty())
+            return {};
+        return [window, type, path, error, app = apps.empty() ? QString() : apps.front().name] {
+            const QString title = QObject::tr("\u201c%1\u201d could not be opened.").arg(nameOf(path));
+            if (app.isEmpty()) {
+                const QMimeType mime = QMimeDatabase().mimeTypeForName(type);
+                ActionDialogs::current().alert(window, title,
+                    QObject::tr("No application is set up to open this kind of file (%1).")
+                        .arg(mime.comment().isEmpty() ? type : mime.comment()));
+            } else {
+                ActionDialogs::current().alert(window, title, QObject::tr("%1 could not be started.").arg(app) + u' ' + error);
+            }
+        };
+    });
+    return true;
 }

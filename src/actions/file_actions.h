@@ -4,8 +4,6 @@
 // job of the file operations (context.ops), off the UI thread, and joins the undo stack;
 // a failure is shown in an alert once the job ends.
 
-#include "fs/desktop_apps.h"
-
 #include <functional>
 #include <memory>
 #include <string>
@@ -42,16 +40,16 @@ struct FileActions {
     static void deleteForGood(BrondelWindow& pane, std::vector<std::string> paths);
 
     // Fills the Open With submenu of `path`: the applications for its type, the default
-    // first, then "Other Application…". The list is read in the background the first
-    // time; the menu is filled when it is in.
+    // first, then "Other Application…". The applications are looked up in the background;
+    // the menu is filled when they are in.
     static void openWithFill(QMenu& menu, BrondelWindow& pane, const std::string& path);
     // Reads the applications in the background now, so that the first Open needs no wait.
-    static void warmUp(const BrowserContext& context);
-    // Opens a file with the default application of its type, once the applications are
-    // read: an alert says so when no application takes the type, or when it does not
-    // start. False when the caller should hand the file to the desktop instead (the
-    // applications are not read yet, or the name tells no type).
+    static void warmUp();
+    // Waits until the applications' background work is done (tests).
+    static void waitForApps();
+    // Opens a file with the default application of its type, in the background: an alert
+    // says so when no application takes the type, or when it does not start. False when
+    // the caller should hand the file to the desktop instead (the applications are not
+    // read yet, or the name tells no type).
     static bool openDefault(QWidget* parent, const std::string& path);
-    // Opens `paths` with the application `app`; false when it could not be started.
-    static bool launch(const DesktopApp& app, const std::vector<std::string>& paths);
 };

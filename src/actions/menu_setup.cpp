@@ -338,7 +338,7 @@ void MenuSetup::install(BrowserFrame* frame)
         [frame] { frame->isMaximized() ? frame->showNormal() : frame->showMaximized(); });
 
     sidebarMenus(frame);
-    FileActions::warmUp(frame->context());
+    FileActions::warmUp();
     textFieldKeysInstall();
     refreshPeekStyle();
 }

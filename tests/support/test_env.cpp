@@ -57,6 +57,17 @@ const std::string& testHome()
     return g_home;
 }
 
+std::string testIsolateApplications()
+{
+    const std::string system = testHome() + "/system-share";
+    const std::string apps = testHome() + "/.local/share/applications";
+    for (const std::string& dir : {system, testHome() + "/.local", testHome() + "/.local/share", apps})
+        ::mkdir(dir.c_str(), 0700);
+    ::symlink("/usr/share/mime", (system + "/mime").c_str());
+    ::setenv("XDG_DATA_DIRS", system.c_str(), 1);
+    return apps;
+}
+
 int testRun(const std::string& command, std::string* out, std::string* err)
 {
     std::string errFile = testHome() + "/.stderr-" + std::to_string(::getpid());

@@ -10,6 +10,12 @@ void testIsolateEnvironment();
 // The temporary home of this process.
 const std::string& testHome();
 
+// Hides the system's applications from this process: XDG_DATA_DIRS becomes a temporary
+// folder that holds only the system's MIME database, so that file types still resolve.
+// Call before the first look-up of an application (the index is read once per process).
+// Returns the user's applications folder ($XDG_DATA_HOME/applications), made if missing.
+std::string testIsolateApplications();
+
 // Runs `command` through /bin/sh; returns its exit status and fills stdout/stderr.
 int testRun(const std::string& command, std::string* out = nullptr, std::string* err = nullptr);
 
