@@ -10,6 +10,9 @@
 // runs it for the 100,000- and the 1,000,000-entry folders, the icon view for the
 // 100,000-entry one. "previews" fills the previews of a folder of images from an empty
 // thumbnail cache with THREADS threads and prints the time and the longest stall.
+//
+// BRONDEL_BENCH_SLOW_EVENTS=N also prints every stall of the UI thread over N ms with the
+// events that filled it, and when the rows came in and how long the first draw took.
 
 #include "bench_window.h"
 #include "config/brondel_settings.h"
@@ -25,6 +28,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QScrollBar>
+#include <QThread>
 #include <QTimer>
 
 #include <sys/resource.h>
@@ -40,6 +44,59 @@
 #include <string>
 
 namespace {
+
+// With BRONDEL_BENCH_SLOW_EVENTS=N set, every gap of the heartbeat over N ms is printed
+// with the UI-thread events dispatched in it, summed by type and receiver, and the time
+// spent outside them: where a stall comes from.
+class TimedApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+    static int limit()
+    {
+        static const int value = std::getenv("BRONDEL_BENCH_SLOW_EVENTS") ? std::atoi(std::getenv("BRONDEL_BENCH_SLOW_EVENTS")) : -1;
+        return value;
+    }
+    bool notify(QObject* receiver, QEvent* event) override
+    {
+        // Events of other threads pass untimed (and untouched: the tally is the UI thread's).
+        if (limit() < 0 || m_depth > 0 || QThread::currentThread() != thread())
+            return QApplication::notify(receiver, event);
+        ++m_depth;
+        QElapsedTimer clock;
+        clock.start();
+        const int type = event->type();
+        const QByteArray what = QByteArray::number(type) + " to " + receiver->metaObject()->className();
+        const bool done = QApplication::notify(receiver, event);
+        --m_depth;
+        Spent& spent = m_spent[what];
+        spent.us += clock.nsecsElapsed() / 1000;
+        ++spent.count;
+        return done;
+    }
+    // A gap of `ms` ended: prints what filled it when it is long, and starts afresh.
+    void gap(qint64 ms)
+    {
+        if (limit() >= 0 && ms > limit()) {
+            qint64 inside = 0;
+            for (const Spent& spent : m_spent)
+                inside += spent.us;
+            std::printf("    gap %lld ms, %lld ms outside events:", (long long)ms, (long long)(ms - inside / 1000));
+            for (auto it = m_spent.begin(); it != m_spent.end(); ++it)
+                if (it->us >= 1000)
+                    std::printf(" [%s: %lld ms in %d]", it.key().constData(), (long long)(it->us / 1000), it->count);
+            std::printf("\n");
+        }
+        m_spent.clear();
+    }
+
+private:
+    struct Spent {
+        qint64 us = 0;
+        int count = 0;
+    };
+    int m_depth = 0;
+    QHash<QByteArray, Spent> m_spent;
+};
 
 // Ticks every 2 ms on the UI thread and remembers the longest gap between ticks.
 class Heartbeat {
@@ -59,7 +116,13 @@ public:
     qint64 longestMs() const { return m_longest; }
 
 private:
-    void tick() { m_longest = std::max(m_longest, m_clock.restart()); }
+    void tick()
+    {
+        const qint64 gap = m_clock.restart();
+        m_longest = std::max(m_longest, gap);
+        if (auto* app = static_cast<TimedApplication*>(qApp))
+            app->gap(gap);
+    }
     QTimer m_timer;
     QElapsedTimer m_clock;
     qint64 m_longest = 0;
@@ -209,7 +272,7 @@ int main(int argc, char** argv)
     const std::string folder = argv[1];
     const bool columns = std::string(argv[2]) == "columns";
     const bool icons = std::string(argv[2]) == "icons";
-    QApplication app(argc, argv);
+    TimedApplication app(argc, argv);
     iconsInstallTheme();
     if (std::string(argv[2]) == "previews")
         return previewsRun(folder, argc > 3 ? std::atoi(argv[3]) : 3);
@@ -227,10 +290,15 @@ int main(int argc, char** argv)
     QElapsedTimer clock;
     clock.start();
     pane->navigateLocal(folder);
+    if (std::getenv("BRONDEL_BENCH_SLOW_EVENTS"))
+        std::printf("    navigating took %lld ms\n", (long long)clock.elapsed());
     while (pane->scanPendingGen() || !hasRows(pane))
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const qint64 beforePaint = clock.elapsed();
     frame.repaint(); // the first rows drawn
     const qint64 firstRows = clock.elapsed();
+    if (std::getenv("BRONDEL_BENCH_SLOW_EVENTS"))
+        std::printf("    rows in after %lld ms, first drawn in %lld ms\n", (long long)beforePaint, (long long)(firstRows - beforePaint));
     spin(100);
     const qint64 loadStall = beat.longestMs();
     QAbstractItemView* view = itemView(pane);

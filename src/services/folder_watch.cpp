@@ -1,24 +1,13 @@
 #include "services/folder_watch.h"
 
+#include "services/folder_watcher_linux.h"
+
 #include <QFile>
-#include <QFileSystemWatcher>
 #include <QThread>
 
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
-
-// The kernel's watch of one pane's folder, on the watcher thread. Each watch asked for
-// has a token; the thread takes the requests in the order they were made, so the tokens
-// up to the last one it handled are all settled.
-class FolderWatcher : public QFileSystemWatcher {
-    Q_OBJECT
-public:
-    void add(const QString& path, quint64 token);
-
-signals:
-    void added(quint64 token);
-};
 
 namespace {
 
@@ -52,19 +41,18 @@ QThread* watcherThread()
     return thread;
 }
 
-} // namespace
-
-void FolderWatcher::add(const QString& path, quint64 token)
+// On the watcher thread: the reads waiting for `token` may start.
+void settle(uint64_t token)
 {
-    addPath(path);
     {
         Settled& state = settled();
         std::lock_guard lock(state.mutex);
-        state.through = std::max(state.through, uint64_t(token));
+        state.through = std::max(state.through, token);
     }
     settled().moved.notify_all();
-    emit added(token);
 }
+
+} // namespace
 
 bool folderWatchWait(uint64_t token, std::chrono::milliseconds limit)
 {
@@ -115,7 +103,8 @@ uint64_t FolderWatch::watch(const std::string& path)
     watcher->moveToThread(watcherThread());
     m_watcher = watcher;
     // Queued: the notices come from the watcher thread.
-    connect(watcher, &QFileSystemWatcher::directoryChanged, this, &FolderWatch::noticed, Qt::QueuedConnection);
+    connect(watcher, &FolderWatcher::noticed, this, &FolderWatch::noticed, Qt::QueuedConnection);
+    connect(watcher, &FolderWatcher::added, watcher, [](quint64 token) { settle(token); }, Qt::DirectConnection);
     connect(watcher, &FolderWatcher::added, this, &FolderWatch::added, Qt::QueuedConnection);
     // The path travels as a queued signal's argument, copied by Qt into the event: a
     // functor built here and read on the watcher thread would be shared memory between
@@ -134,7 +123,7 @@ void FolderWatch::added(quint64 token)
     emit watching();
 }
 
-void FolderWatch::noticed(const QString&)
+void FolderWatch::noticed()
 {
     m_quiet.start(); // restarts: the burst is not over
     if (!m_deadline.isActive())
@@ -148,4 +137,3 @@ void FolderWatch::fire()
     emit changed();
 }
 
-#include "folder_watch.moc"

@@ -43,7 +43,7 @@ signals:
     void addRequested(const QString& path, quint64 token);
 
 private:
-    void noticed(const QString& path);
+    void noticed();
     void added(quint64 token);
     void fire();
 

@@ -10,7 +10,10 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <sys/stat.h>
 #include <string>
 
 namespace {
@@ -45,6 +48,30 @@ private slots:
         QVERIFY(!watch.established());
         QVERIFY(folderWatchWait(next, std::chrono::seconds(5)));
         QTRY_COMPARE(watching.count(), 2);
+    }
+
+    // Besides entries coming and going, a file written and closed and a changed
+    // permission are noticed (sizes and dates then show their new values); a folder
+    // deleted under the watch says so too.
+    void changesInsideEntriesAndTheFolderGoingAreNoticed()
+    {
+        TempTree tree;
+        const std::string dir = tree.dir("inside");
+        const std::string file = tree.file("inside/notes.txt", "a");
+        FolderWatch watch(nullptr, 20, 100);
+        QSignalSpy changed(&watch, &FolderWatch::changed);
+        QVERIFY(folderWatchWait(watch.watch(dir), std::chrono::seconds(5)));
+        {
+            std::FILE* f = std::fopen(file.c_str(), "a");
+            QVERIFY(f);
+            std::fputs("more", f);
+            std::fclose(f);
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(changed.count(), 1, 5000);
+        QVERIFY(::chmod(file.c_str(), 0600) == 0);
+        QTRY_COMPARE_WITH_TIMEOUT(changed.count(), 2, 5000);
+        QVERIFY(std::filesystem::remove_all(dir) > 0);
+        QTRY_VERIFY_WITH_TIMEOUT(changed.count() >= 3, 5000);
     }
 
     void aBurstIsOneNoticeSoonAfterItsEnd()
