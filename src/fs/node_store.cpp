@@ -1,5 +1,7 @@
 #include "fs/node_store.h"
 
+#include "fs/huge_pages.h"
+
 #include "fs/file_io.h"
 #include "fs/kind_table.h"
 
@@ -53,6 +55,7 @@ NodeRecord* NodeStore::allocate(size_t count)
         auto* chunk = static_cast<NodeRecord*>(std::calloc(size, sizeof(NodeRecord)));
         if (!chunk)
             throw std::bad_alloc();
+        hugePagesAdvise(chunk, size * sizeof(NodeRecord)); // still untouched: calloc maps fresh pages
         m_recordChunks.emplace_back(chunk);
         m_recordNext = m_recordChunks.back().get();
         m_recordsLeft = size;

@@ -2,6 +2,7 @@
 
 #include "fs/dir_fd.h"
 #include "fs/file_io.h"
+#include "fs/huge_pages.h"
 #include "fs/mount_table.h"
 #include "fs/mount_watchdog.h"
 #include "fs/run_both.h"
@@ -101,7 +102,8 @@ public:
     {
         if (m_sparse)
             return;
-        m_dense.reserve(room);
+        if (room > m_dense.capacity())
+            hugePagesReserve(m_dense, room);
         m_dense.resize(count);
     }
     EntryStatus& at(uint32_t i) { return m_sparse ? m_few[i] : m_dense[i]; }
@@ -241,8 +243,8 @@ private:
         const bool large = sysCalls().fstat(fd, &st) == 0 && st.st_size > 64 * 1024;
         if (large) {
             const size_t guess = std::min<size_t>(size_t(st.st_size) / 32, size_t(1) << 23);
-            entries.reserve(guess);
-            names.reserve(guess * 20);
+            hugePagesReserve(entries, guess);
+            hugePagesReserve(names, guess * 20);
         }
         std::optional<AskAhead> asking;
         std::thread helper;
@@ -335,7 +337,7 @@ private:
         if (!examined)
             runHalves(entries.size(), m_threads >= 2 && entries.size() >= kSplitFolderFrom && !m_namesFirst, build);
         std::vector<uint32_t> kept;
-        kept.reserve(entries.size());
+        hugePagesReserve(kept, entries.size());
         for (uint32_t i = 0; i < entries.size(); ++i)
             if (entries[i].keep)
                 kept.push_back(i);
@@ -446,8 +448,8 @@ private:
     {
         const SortColumnsUsed used = sortColumnsUsed(sortPlaceOf(path), m_settings);
         SortColumns columns;
-        columns.names.reserve(kept.size());
-        columns.dirs.reserve(kept.size());
+        hugePagesReserve(columns.names, kept.size());
+        hugePagesReserve(columns.dirs, kept.size());
         for (uint32_t i : kept) {
             const Entry& e = entries[i];
             columns.names.emplace_back(names.data() + e.nameAt, e.nameLength);

@@ -1,6 +1,7 @@
 #include "fs/sort_nodes.h"
 
 #include "fs/collation.h"
+#include "fs/huge_pages.h"
 #include "fs/run_both.h"
 #include "fs/utf8.h"
 
@@ -63,6 +64,7 @@ public:
         if (how != Collate::Keys && how != Collate::AsciiKeys && how != Collate::MixedKeys)
             return;
         const size_t n = texts.size();
+        hugePagesReserve(m_ends, n);
         m_ends.resize(n);
         if (m_mixed)
             m_ascii.resize(n);
@@ -71,7 +73,7 @@ public:
         runHalves(n, split, [&](size_t from, size_t to) {
             const NameCollator& collator = NameCollator::forThread();
             std::string& arena = m_arenas[from == 0 ? 0 : 1];
-            arena.reserve((to - from) * 24);
+            hugePagesReserve(arena, (to - from) * 24);
             for (size_t i = from; i < to; ++i) {
                 const bool ascii = how == Collate::AsciiKeys || (m_mixed && asciiOnly(texts[i]));
                 if (ascii)
@@ -227,7 +229,9 @@ SortColumnsUsed sortColumnsUsed(SortPlace place, const BrondelSettings& settings
 std::vector<uint32_t> sortOrder(const SortColumns& columns, SortPlace place, const BrondelSettings& settings)
 {
     const size_t n = columns.names.size();
-    std::vector<uint32_t> order(n);
+    std::vector<uint32_t> order;
+    hugePagesReserve(order, n);
+    order.resize(n);
     std::iota(order.begin(), order.end(), 0u);
     if (place == SortPlace::ComputerRoot) {
         std::stable_sort(order.begin(), order.end(),
@@ -298,7 +302,7 @@ std::vector<uint32_t> sortOrder(const SortColumns& columns, SortPlace place, con
     };
     // ASCII-keyed names first, each kind in input order: [first, split) and [split, last).
     std::vector<Item> items;
-    items.reserve(n);
+    hugePagesReserve(items, n);
     const bool mixed = nameKeys.mixed();
     for (int pass = mixed ? 1 : 0; pass >= 0; --pass)
         for (uint32_t i = 0; i < n; ++i) {
@@ -350,7 +354,9 @@ std::vector<uint32_t> sortOrder(const SortColumns& columns, SortPlace place, con
         mergeRuns<Item>(first, firstHalf, firstHalf, last, out, runBefore);
         return order;
     }
-    std::vector<Item> merged(n);
+    std::vector<Item> merged;
+    hugePagesReserve(merged, n);
+    merged.resize(n);
     Item* const mergedSplit = merged.data() + (split - first);
     mergeRuns<Item>(first, firstHalf, firstHalf, split, ItemSink{merged.data()}, runBefore);
     mergeRuns<Item>(split, splitHalf, splitHalf, last, ItemSink{mergedSplit}, runBefore);
