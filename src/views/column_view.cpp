@@ -1,32 +1,12 @@
 #include "views/column_view.h"
 
-#include "services/drop_action.h"
+#include "views/column_list.h"
 #include "views/row_info_cache.h"
 
 #include <QContextMenuEvent>
 #include <QDragMoveEvent>
-#include <QListView>
 #include <QScrollBar>
 #include <QMenu>
-
-namespace {
-
-constexpr int kLayoutBatch = 20000;
-
-// One column: a list that tells the drop it delivers which keys its event held.
-class ColumnList : public QListView {
-public:
-    using QListView::QListView;
-
-protected:
-    void dropEvent(QDropEvent* event) override
-    {
-        DropKeysNote keys(event->modifiers());
-        QListView::dropEvent(event);
-    }
-};
-
-} // namespace
 
 BrondelBrowser::BrondelBrowser(ColumnSource* source, const BrowserContext&, ContentHooks hooks, QWidget* parent)
     : QColumnView(parent)
@@ -105,11 +85,6 @@ QAbstractItemView* BrondelBrowser::createColumn(const QModelIndex& rootIndex)
     column->setRootIndex(rootIndex);
     if (model()->canFetchMore(rootIndex))
         model()->fetchMore(rootIndex);
-    column->setUniformItemSizes(true);
-    // A column of a million rows is laid out a slice at a time between events, never in
-    // one pass that holds the window up.
-    column->setLayoutMode(QListView::Batched);
-    column->setBatchSize(kLayoutBatch);
     column->setTextElideMode(Qt::ElideRight);
     column->viewport()->installEventFilter(this); // drags hovering its folders
     column->setContextMenuPolicy(Qt::CustomContextMenu);

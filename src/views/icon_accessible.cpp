@@ -4,12 +4,13 @@
 // the library loads; items are addressed by their place in the view's flat order, so a
 // rebuild (announced by the view) needs nothing from here.
 
+#include "views/accessible_items.h"
 #include "views/icon_card_view.h"
 
 #include <QAccessibleWidget>
 #include <QPointer>
 
-#include <map>
+#include <algorithm>
 
 namespace {
 
@@ -45,24 +46,16 @@ size_t flatOfSpot(const IconCardView& view, const IconSpot& spot)
 class IconViewAccessible;
 
 // One item, by its place in the flat order of all sections' items.
-class IconItemAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
+class IconItemAccessible : public AccessibleViewItem<IconCardView>, public QAccessibleActionInterface {
 public:
     IconItemAccessible(IconCardView* view, size_t flat)
-        : m_view(view)
+        : AccessibleViewItem(view)
         , m_flat(flat)
     {
     }
 
     bool isValid() const override { return m_view && m_flat < totalItems(*m_view); }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return m_view ? m_view->windowHandle() : nullptr; }
-    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(m_view.data()); }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
     QAccessible::Role role() const override { return QAccessible::ListItem; }
-    void setText(QAccessible::Text, const QString&) override {}
 
     QString text(QAccessible::Text t) const override
     {
@@ -90,10 +83,7 @@ public:
 
     QRect rect() const override
     {
-        if (!isValid())
-            return {};
-        const QRect local = m_view->itemRect(spotOfFlat(*m_view, m_flat));
-        return QRect(m_view->viewport()->mapToGlobal(local.topLeft()), local.size());
+        return isValid() ? viewRect(m_view->itemRect(spotOfFlat(*m_view, m_flat))) : QRect();
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override
@@ -117,7 +107,6 @@ public:
     size_t flat() const { return m_flat; }
 
 private:
-    QPointer<IconCardView> m_view;
     size_t m_flat;
 };
 
@@ -138,12 +127,7 @@ public:
     {
         if (index < 0 || index >= childCount())
             return nullptr;
-        auto it = m_items.find(size_t(index));
-        if (it == m_items.end()) {
-            auto* item = new IconItemAccessible(view(), size_t(index));
-            it = m_items.emplace(size_t(index), QAccessible::registerAccessibleInterface(item)).first;
-        }
-        return QAccessible::accessibleInterface(it->second);
+        return m_items.get(size_t(index), [&] { return new IconItemAccessible(view(), size_t(index)); });
     }
 
     int indexOfChild(const QAccessibleInterface* child) const override
@@ -162,28 +146,12 @@ public:
     }
 
     // Forgets the items' interfaces.
-    void clear()
-    {
-        for (const auto& [flat, id] : m_items)
-            QAccessible::deleteAccessibleInterface(id);
-        m_items.clear();
-    }
+    void clear() { m_items.clear(); }
 
 private:
-    mutable std::map<size_t, QAccessible::Id> m_items;
+    mutable AccessibleItems<size_t> m_items;
 };
 
-QAccessibleInterface* factory(const QString& className, QObject* object)
-{
-    if (className == QLatin1String("IconCardView") && object && object->isWidgetType())
-        return new IconViewAccessible(static_cast<IconCardView*>(object));
-    return nullptr;
-}
+const bool kFactoryInstalled = accessibleFactoryInstall<IconCardView, IconViewAccessible>();
 
 } // namespace
-
-// The factory joins when the library loads, before any view asks for an interface.
-const bool kFactoryInstalled = [] {
-    QAccessible::installFactory(factory);
-    return true;
-}();

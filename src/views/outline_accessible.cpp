@@ -5,23 +5,24 @@
 // column; any change of the rows (announced by the view as a model change) forgets them.
 // The interface factory is installed when the library loads.
 
+#include "views/accessible_items.h"
 #include "views/list_view.h"
 
 #include <QAccessibleWidget>
 #include <QHeaderView>
 #include <QPointer>
 
-#include <map>
+#include <algorithm>
 
 namespace {
 
 class OutlineAccessible;
 
 // A column header (row -1) or one cell of a visible row.
-class OutlineCellAccessible : public QAccessibleInterface, public QAccessibleTableCellInterface {
+class OutlineCellAccessible : public AccessibleViewItem<BrondelOutlineView>, public QAccessibleTableCellInterface {
 public:
     OutlineCellAccessible(BrondelOutlineView* view, int row, int column)
-        : m_view(view)
+        : AccessibleViewItem(view)
         , m_row(row)
         , m_column(column)
     {
@@ -39,14 +40,6 @@ public:
     {
         return m_view && m_column >= 0 && m_column < ListSource::ColumnCount && (m_row < 0 || index().isValid());
     }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return m_view ? m_view->windowHandle() : nullptr; }
-    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(m_view.data()); }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
-    void setText(QAccessible::Text, const QString&) override {}
 
     QAccessible::Role role() const override
     {
@@ -95,8 +88,7 @@ public:
             const QRect local(header->sectionViewportPosition(m_column), 0, header->sectionSize(m_column), header->height());
             return QRect(header->viewport()->mapToGlobal(local.topLeft()), local.size());
         }
-        const QRect local = m_view->visualRect(index());
-        return QRect(m_view->viewport()->mapToGlobal(local.topLeft()), local.size());
+        return viewRect(m_view->visualRect(index()));
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override
@@ -117,7 +109,6 @@ public:
     int row() const { return m_row; }
 
 private:
-    QPointer<BrondelOutlineView> m_view;
     int m_row;
     int m_column;
 };
@@ -236,13 +227,7 @@ private:
 
     QAccessibleInterface* cell(int row, int column) const
     {
-        const auto key = std::make_pair(row, column);
-        auto it = m_cells.find(key);
-        if (it == m_cells.end()) {
-            auto* made = new OutlineCellAccessible(view(), row, column);
-            it = m_cells.emplace(key, QAccessible::registerAccessibleInterface(made)).first;
-        }
-        return QAccessible::accessibleInterface(it->second);
+        return m_cells.get({row, column}, [&] { return new OutlineCellAccessible(view(), row, column); });
     }
 
     bool changeRow(int row, QItemSelectionModel::SelectionFlag how)
@@ -257,12 +242,10 @@ private:
 
     void forget()
     {
-        for (const auto& [key, id] : m_cells)
-            QAccessible::deleteAccessibleInterface(id);
         m_cells.clear();
     }
 
-    mutable std::map<std::pair<int, int>, QAccessible::Id> m_cells;
+    mutable AccessibleItems<std::pair<int, int>> m_cells;
 
     friend class OutlineCellAccessible;
 };
@@ -273,17 +256,7 @@ QList<QAccessibleInterface*> OutlineCellAccessible::columnHeaderCells() const
     return table ? QList<QAccessibleInterface*>{table->child(m_column)} : QList<QAccessibleInterface*>{};
 }
 
-QAccessibleInterface* factory(const QString& className, QObject* object)
-{
-    if (className == QLatin1String("BrondelOutlineView") && object && object->isWidgetType())
-        return new OutlineAccessible(static_cast<BrondelOutlineView*>(object));
-    return nullptr;
-}
+const bool kFactoryInstalled = accessibleFactoryInstall<BrondelOutlineView, OutlineAccessible>();
 
 } // namespace
 
-// The factory joins when the library loads, before any view asks for an interface.
-const bool kOutlineFactoryInstalled = [] {
-    QAccessible::installFactory(factory);
-    return true;
-}();
