@@ -3,10 +3,12 @@
 #include "services/drop_action.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QDragMoveEvent>
 #include <QPainter>
 #include <QPaintEvent>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -31,6 +33,7 @@ void ColumnList::setRootIndex(const QModelIndex& index)
 {
     QAbstractItemView::setRootIndex(index);
     m_rowHeight = 0;
+    ++m_searchGeneration; // a search on its way was for the old rows
     doItemsLayout();
 }
 
@@ -38,6 +41,7 @@ void ColumnList::reset()
 {
     QAbstractItemView::reset();
     m_rowHeight = 0;
+    ++m_searchGeneration;
     doItemsLayout();
 }
 
@@ -239,6 +243,38 @@ void ColumnList::rowsInserted(const QModelIndex& parent, int start, int end)
     QAbstractItemView::rowsInserted(parent, start, end);
     if (parent == rootIndex())
         doItemsLayout();
+}
+
+void ColumnList::keyboardSearch(const QString& search)
+{
+    if (search.isEmpty() || !model())
+        return;
+    const bool fresh = !m_typedAt.isValid() || m_typedAt.elapsed() > QApplication::keyboardInputInterval();
+    m_typed = fresh ? search : m_typed + search;
+    m_typedAt.start();
+    // A new search starts below the current row; a longer prefix may stay on it.
+    const QModelIndex current = currentIndex();
+    const int at = current.isValid() && current.parent() == rootIndex() ? current.row() : 0;
+    m_search = {m_typed, m_typed.size() == 1 ? at + 1 : at};
+    searchOn(++m_searchGeneration);
+}
+
+void ColumnList::searchOn(int generation)
+{
+    constexpr int kRowsPerSlice = 20000; // well under a frame
+    if (generation != m_searchGeneration || !model())
+        return; // a newer search took over
+    const FlatRows rows{rootIndex(), count()};
+    outlineSearchOn(m_search, rows, *model(), kRowsPerSlice);
+    if (!m_search.finished(rows)) {
+        QTimer::singleShot(0, this, [this, generation] { searchOn(generation); });
+        return;
+    }
+    const QModelIndex found = rowIndex(m_search.found);
+    if (!found.isValid())
+        return;
+    selectionModel()->setCurrentIndex(found, QItemSelectionModel::ClearAndSelect);
+    scrollTo(found);
 }
 
 void ColumnList::currentChanged(const QModelIndex& current, const QModelIndex& previous)

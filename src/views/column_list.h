@@ -9,7 +9,10 @@
 // time. Keys Left and Right are left to the column browser, which moves between columns.
 // Assistive technology sees a list of the rows (column_list_accessible).
 
+#include "views/outline_input.h"
+
 #include <QAbstractItemView>
+#include <QElapsedTimer>
 #include <QPersistentModelIndex>
 
 class ColumnList : public QAbstractItemView {
@@ -24,6 +27,8 @@ public:
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
     QModelIndex indexAt(const QPoint& point) const override;
     void doItemsLayout() override;
+    // Type-ahead, a slice of rows per turn of the event loop (never the whole column at once).
+    void keyboardSearch(const QString& search) override;
 
     int rowHeight() const;
 
@@ -54,7 +59,14 @@ private:
     int rowAtY(int y) const;
     QRect rowRect(int row) const;
     void setDropRect(const QRect& rect);
+    void searchOn(int generation);
 
     mutable int m_rowHeight = 0; // measured on first use
     QRect m_dropRect;            // where the drop indicator is drawn
+    // Type-ahead: the keys typed in quick succession, and the search for them (a newer
+    // search ends an older one).
+    QString m_typed;
+    QElapsedTimer m_typedAt;
+    OutlineSearch m_search;
+    int m_searchGeneration = 0;
 };

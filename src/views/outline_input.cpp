@@ -36,7 +36,8 @@ OutlineMove outlineKeyMove(const OutlineRowMap& rows, int current, OutlineKey ke
     return {current};
 }
 
-void outlineSearchOn(OutlineSearch& search, const OutlineRowMap& rows, const QAbstractItemModel& model, int budget)
+template <typename Rows>
+void outlineSearchOn(OutlineSearch& search, const Rows& rows, const QAbstractItemModel& model, int budget)
 {
     const int count = rows.rowCount();
     if (search.prefix.isEmpty() || count == 0)
@@ -59,3 +60,6 @@ void outlineSearchOn(OutlineSearch& search, const OutlineRowMap& rows, const QAb
         budget -= last - v + 1;
     }
 }
+
+template void outlineSearchOn(OutlineSearch&, const OutlineRowMap&, const QAbstractItemModel&, int);
+template void outlineSearchOn(OutlineSearch&, const FlatRows&, const QAbstractItemModel&, int);

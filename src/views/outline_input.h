@@ -22,15 +22,28 @@ struct OutlineMove {
 // row's folder. `folder` says whether the current row can expand.
 OutlineMove outlineKeyMove(const OutlineRowMap& rows, int current, OutlineKey key, int pageRows, bool folder);
 
+// The rows of one parent with no folder opened among them, as an outline's rows are
+// read (a column of the column view): one run.
+struct FlatRows {
+    QModelIndex parent;
+    int count = 0;
+    int rowCount() const { return count; }
+    OutlineRowMap::Place at(int visual) const { return {parent, visual}; }
+    int runEnd(int) const { return count - 1; }
+};
+
 // Type-ahead: the first visible row from `start` on (wrapping around) whose name
 // (column 0) starts with `prefix`, ignoring case, and can be selected (not a section
 // header). The search goes a slice at a time, so that a folder of a million rows never
-// holds up the UI thread: each call looks at up to `budget` more rows.
+// holds up the UI thread: each call looks at up to `budget` more rows. `Rows` is an
+// OutlineRowMap or FlatRows.
 struct OutlineSearch {
     QString prefix;
     int start = 0;
     int searched = 0; // rows looked at so far
     int found = -1;   // the visible row, once found
-    bool finished(const OutlineRowMap& rows) const { return found >= 0 || searched >= rows.rowCount(); }
+    template <typename Rows>
+    bool finished(const Rows& rows) const { return found >= 0 || searched >= rows.rowCount(); }
 };
-void outlineSearchOn(OutlineSearch& search, const OutlineRowMap& rows, const QAbstractItemModel& model, int budget);
+template <typename Rows>
+void outlineSearchOn(OutlineSearch& search, const Rows& rows, const QAbstractItemModel& model, int budget);

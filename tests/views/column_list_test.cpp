@@ -98,6 +98,22 @@ private slots:
         QCOMPARE(c.list.currentIndex(), c.at(0));
     }
 
+    // Typed names are looked for a slice of rows at a time: the keys return at once and
+    // the row far down is found a few turns of the event loop later.
+    void typeAheadGoesASliceAtATime()
+    {
+        Column c;
+        c.list.setFocus();
+        c.list.setCurrentIndex(c.at(0));
+        c.list.keyboardSearch(QStringLiteral("row 7"));
+        QCOMPARE(c.list.currentIndex(), c.at(7));
+        QTest::qWait(QApplication::keyboardInputInterval() + 50);
+        c.list.keyboardSearch(QStringLiteral("ROW 999998"));
+        QCOMPARE(c.list.currentIndex(), c.at(7));
+        QTRY_COMPARE(c.list.currentIndex(), c.at(999998));
+        QVERIFY(c.list.selectionModel()->isSelected(c.at(999998)));
+    }
+
     void aSweptRectangleSelectsOneRange()
     {
         Column c;
