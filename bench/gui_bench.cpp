@@ -31,7 +31,6 @@
 #include <QThread>
 #include <QTimer>
 
-#include <sys/resource.h>
 
 #include <dirent.h>
 #include <unistd.h>
@@ -155,21 +154,28 @@ bool hasRows(BrondelWindow* pane)
     return v && v->model() && v->model()->rowCount(v->rootIndex()) > 0;
 }
 
-double residentMb()
+// A figure of /proc/self/status, in MB.
+double statusMb(const char* field)
 {
     std::ifstream status("/proc/self/status");
     std::string line;
+    const std::string key = std::string(field) + ":";
     while (std::getline(status, line))
-        if (line.rfind("VmRSS:", 0) == 0)
-            return std::stod(line.substr(6)) / 1024.0;
+        if (line.rfind(key, 0) == 0)
+            return std::stod(line.substr(key.size())) / 1024.0;
     return 0;
 }
 
+double residentMb()
+{
+    return statusMb("VmRSS");
+}
+
+// The process's own peak: not getrusage's, which keeps the peak of the process that
+// started this one when that was higher (the kernel carries it across exec).
 double peakMb()
 {
-    struct rusage usage {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss / 1024.0;
+    return statusMb("VmHWM");
 }
 
 // The icon view's run: first items drawn, stalls while loading and while paging down,

@@ -1,5 +1,6 @@
 #include "services/scan_service.h"
 
+#include "fs/fmt.h"
 #include "fs/scanner.h"
 
 ScanService::ScanService(int threads, QObject* parent)
@@ -8,6 +9,12 @@ ScanService::ScanService(int threads, QObject* parent)
     // overlap, even when one is stuck: the edits of a file then apply in order.
     , m_work(threads, WorkClass::UserInitiated, threads == 1 ? WhenStuck::Wait : WhenStuck::AddThread)
 {
+    // The date formatter opens once per process, some 10 ms of locale data: here, on the
+    // pool, rather than on the UI thread when a view first measures or draws a date.
+    m_work.submit(nullptr, []() -> std::function<void()> {
+        dateFmt(0);
+        return {};
+    });
 }
 
 ScanService::~ScanService() = default;
