@@ -1,12 +1,13 @@
 #pragma once
 // The computed texts of the views' rows (a folder's size, a drive's space), worked out
-// off the main thread. The info modules may ask the disk about a folder (statvfs,
-// realpath, statx): one folder on a mount that does not answer would otherwise freeze
-// the window as soon as its row is drawn. The views ask here and get at once what is
-// known: a file's text (which comes from its node alone), or a folder's as last
-// computed, while a computation runs in the background; changed() tells them to ask
-// again. Values are recomputed when older than five seconds or when the sizes change.
-// A drive that the mount watchdog remembers as stuck reads "not responding" at once.
+// off the main thread. The info modules may ask the disk about a folder (its drive's
+// free space, its real path, its status): one folder on a mount that does not answer
+// would otherwise freeze the window as soon as its row is drawn. The views ask here and
+// get at once what is known: a file's text (which comes from its node alone), or a
+// folder's as last computed, while a computation runs in the background; changed()
+// tells them to ask again. Values are recomputed when older than five seconds or when
+// the sizes change. A drive that the mount watchdog remembers as stuck reads "not
+// responding" at once.
 
 #include "config/brondel_settings.h"
 #include "fs/dir_node.h"

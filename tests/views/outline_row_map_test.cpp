@@ -25,7 +25,7 @@ public:
         std::vector<std::unique_ptr<Item>> kids;
     };
 
-    explicit TreeModel(const QString& spec) { parse(spec, m_root); }
+    explicit TreeModel(const QString& outline) { parse(outline, m_root); }
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override
     {
@@ -128,13 +128,13 @@ public:
         changePersistentIndexList(from, to);
         emit layoutChanged();
     }
-    void resetTo(const QString& spec)
+    void resetTo(const QString& outline)
     {
         beginResetModel();
         for (auto& kid : m_root.kids)
             m_gone.push_back(std::move(kid));
         m_root.kids.clear();
-        parse(spec, m_root);
+        parse(outline, m_root);
         endResetModel();
     }
 
@@ -165,24 +165,24 @@ private:
         }
         return {};
     }
-    static void parse(const QString& spec, Item& into)
+    static void parse(const QString& outline, Item& into)
     {
         int at = 0;
-        parseInto(spec, at, into);
+        parseInto(outline, at, into);
     }
-    static void parseInto(const QString& spec, int& at, Item& into)
+    static void parseInto(const QString& outline, int& at, Item& into)
     {
-        while (at < spec.size() && spec[at] != ')') {
-            if (spec[at] == ' ') {
+        while (at < outline.size() && outline[at] != ')') {
+            if (outline[at] == ' ') {
                 ++at;
                 continue;
             }
             auto item = std::make_unique<Item>();
             item->up = &into;
-            while (at < spec.size() && !QStringLiteral(" ()").contains(spec[at]))
-                item->name += spec[at++];
-            if (at < spec.size() && spec[at] == '(') {
-                parseInto(spec, ++at, *item);
+            while (at < outline.size() && !QStringLiteral(" ()").contains(outline[at]))
+                item->name += outline[at++];
+            if (at < outline.size() && outline[at] == '(') {
+                parseInto(outline, ++at, *item);
                 ++at; // ')'
             }
             into.kids.push_back(std::move(item));
