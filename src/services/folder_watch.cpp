@@ -1,6 +1,6 @@
 #include "services/folder_watch.h"
 
-#include "services/folder_watcher_linux.h"
+#include "services/folder_watcher.h"
 
 #include <QFile>
 #include <QThread>
