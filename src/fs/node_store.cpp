@@ -1,8 +1,7 @@
 #include "fs/node_store.h"
 
-#include "fs/huge_pages.h"
-
 #include "fs/file_io.h"
+#include "fs/huge_pages.h"
 #include "fs/kind_table.h"
 
 #include <algorithm>
