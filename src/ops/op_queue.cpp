@@ -49,7 +49,8 @@ dev_t jobDevice(const OpRequest& request)
 
 struct OpQueue::Shared {
     std::mutex lock;
-    OpQueue* owner = nullptr; // cleared when the queue goes; notices are posted through it
+    OpQueue* owner = nullptr; // cleared when the queue goes
+    CallPoster notices;
     OpJobId next = 1;
     std::map<OpJobId, std::shared_ptr<JobState>> jobs;
     std::map<dev_t, std::unique_ptr<DetachedPool>> lanes;
@@ -61,13 +62,18 @@ struct OpQueue::Shared {
     std::vector<OpRecord> undo;
     std::vector<OpRecord> redo;
 
-    // Runs `call` on the queue's thread, unless the queue is gone by then.
+    // Runs `call` on the queue's thread, unless the queue is gone by then (its mailbox
+    // with it).
     template <typename Call>
     void post(Call call)
     {
-        std::lock_guard guard(lock);
-        if (owner)
-            QMetaObject::invokeMethod(owner, [q = owner, call = std::move(call)] { call(q); }, Qt::QueuedConnection);
+        OpQueue* q;
+        {
+            std::lock_guard guard(lock);
+            q = owner;
+        }
+        if (q)
+            notices.post([q, call = std::move(call)] { call(q); });
     }
 
     // Queues `task` on the lane of `device`; dropped when the queue is gone (its lanes
@@ -157,6 +163,7 @@ OpQueue::OpQueue(QObject* parent)
     qRegisterMetaType<OpKind>();
     qRegisterMetaType<UndoOutcome>();
     m_shared->owner = this;
+    m_shared->notices = m_mailbox.poster();
 }
 
 OpQueue::~OpQueue()

@@ -6,6 +6,7 @@
 // answerConflict / answerError; the job waits for the answer and touches nothing in the
 // meantime. Finished jobs join the undo stack.
 
+#include "fs/call_mailbox.h"
 #include "ops/op_types.h"
 
 #include <QMetaType>
@@ -54,6 +55,7 @@ signals:
     void undoFinished(UndoOutcome outcome, const QString& text);
 
 private:
+    CallMailbox m_mailbox; // the jobs' notices, in the order they were posted
     std::shared_ptr<Shared> m_shared;
 };
 

@@ -4,6 +4,7 @@
 // to do afterwards runs on the main thread, only while the object that asked still
 // exists.
 
+#include "fs/call_mailbox.h"
 #include "fs/detached_pool.h"
 
 #include <QObject>
@@ -33,11 +34,7 @@ public:
     // Waits until nothing is queued or running (tests, benchmarks).
     void waitForDone() { m_pool.waitForDone(); }
 
-private slots:
-    void drain(); // runs the continuations that have arrived
-
 private:
-    struct Mailbox;
-    std::shared_ptr<Mailbox> m_mailbox;
+    CallMailbox m_mailbox; // continuations; a continuation may destroy this object
     DetachedPool m_pool;
 };

@@ -7,6 +7,7 @@
 #include "app/desktop_bus.h"
 
 #include "support/fake_session_bus.h"
+#include "support/test_app.h"
 #include "support/test_env.h"
 
 #include <QCoreApplication>
@@ -24,15 +25,6 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPrivateBus = "DESKTOP_BUS_TEST_PRIVATE_BUS";
-
-QCoreApplication& application()
-{
-    static int argc = 1;
-    static char name[] = "desktop_bus_test";
-    static char* argv[] = {name, nullptr};
-    static auto* app = new QCoreApplication(argc, argv);
-    return *app;
-}
 
 TEST(DesktopBus, UrisBecomeLocalPaths)
 {
@@ -87,7 +79,7 @@ TEST(DesktopBus, ViewModeTravelsAsItsNumber)
 // wait (the bound is generous; a hung handshake would hold it for good).
 TEST(DesktopBus, HandOverGivesUpWithinItsWait)
 {
-    application();
+    testApp();
     FakeSessionBus silent; // accepts, never answers
     struct Case {
         const char* name;
@@ -135,7 +127,7 @@ TEST(DesktopBus, NoBrondelOnALiveBusAnswersAtOnce)
         EXPECT_NE(out.find("[  PASSED  ] 1 test"), std::string::npos) << out;
         return;
     }
-    application();
+    testApp();
     const QString address = QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS"));
     const auto start = Clock::now();
     // The bus says at once that nobody holds the name; nothing is started for it.

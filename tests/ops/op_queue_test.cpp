@@ -4,6 +4,7 @@
 #include "fs/file_io.h"
 #include "ops/op_queue.h"
 #include "support/temp_tree.h"
+#include "support/test_app.h"
 
 #include <gtest/gtest.h>
 
@@ -16,27 +17,6 @@
 #include <sys/stat.h>
 
 namespace {
-
-void ensureApp()
-{
-    static int argc = 1;
-    static char name[] = "op_queue_test";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* app = new QCoreApplication(argc, argv);
-    (void)app;
-}
-
-// Runs the event loop until `done` or 20 s (sanitizer builds are slow).
-bool spinUntil(const std::function<bool()>& done, int ms = 20000)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!done() && timer.elapsed() < ms) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(2);
-    }
-    return done();
-}
 
 bool exists(const std::string& path)
 {
@@ -95,14 +75,14 @@ void makeClash(TempTree& tree)
 
 TEST(OpQueue, RunsAJobThenUndoesAndRedoesIt)
 {
-    ensureApp();
+    testApp();
     TempTree tree;
     tree.file("a.txt", "alpha");
     tree.dir("dst");
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Copy, {tree.path("a.txt")}, tree.path("dst"), {}});
-    ASSERT_TRUE(spinUntil([&] { return listener.finished.count(job) > 0; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.finished.count(job) > 0; }));
     EXPECT_EQ(listener.finished[job].status, OpStatus::Done);
     EXPECT_EQ(listener.finished[job].created, std::vector<std::string>{tree.path("dst/a.txt")});
     EXPECT_EQ(listener.started, std::vector<OpJobId>{job});
@@ -112,14 +92,14 @@ TEST(OpQueue, RunsAJobThenUndoesAndRedoesIt)
     EXPECT_FALSE(queue.canRedo());
 
     queue.undo();
-    ASSERT_TRUE(spinUntil([&] { return listener.undos.size() == 1; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.undos.size() == 1; }));
     EXPECT_EQ(listener.undos[0], std::make_pair(UndoOutcome::Done, QString("Undo Copy")));
     EXPECT_FALSE(exists(tree.path("dst/a.txt")));
     EXPECT_FALSE(queue.canUndo());
     EXPECT_EQ(queue.redoText(), "Redo Copy");
 
     queue.redo();
-    ASSERT_TRUE(spinUntil([&] { return listener.undos.size() == 2; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.undos.size() == 2; }));
     EXPECT_EQ(listener.undos[1], std::make_pair(UndoOutcome::Done, QString("Redo Copy")));
     EXPECT_EQ(fileReadAll(tree.path("dst/a.txt")), "alpha");
     EXPECT_EQ(queue.undoText(), "Undo Copy");
@@ -128,35 +108,35 @@ TEST(OpQueue, RunsAJobThenUndoesAndRedoesIt)
 
 TEST(OpQueue, QuestionsWaitForTheirAnswers)
 {
-    ensureApp();
+    testApp();
     TempTree tree;
     makeClash(tree);
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Copy, {tree.path("src/n.txt"), tree.path("src/gone")}, tree.path("dst"), {}});
-    ASSERT_TRUE(spinUntil([&] { return !listener.conflicts.empty(); }));
+    ASSERT_TRUE(testSpinUntil([&] { return !listener.conflicts.empty(); }));
     const OpConflict conflict = listener.conflicts[0].second;
     EXPECT_EQ(conflict.target, tree.path("dst/n.txt"));
 
     // A stale answer is ignored; while no answer comes, nothing is touched.
     queue.answerConflict(job, conflict.questionId + 100, {ConflictChoice::Replace, ConflictScope::ThisItem});
-    spinUntil([] { return false; }, 300);
+    testSpinUntil([] { return false; }, 300);
     EXPECT_EQ(fileReadAll(tree.path("dst/n.txt")), "old");
     EXPECT_EQ(listener.finished.count(job), 0u);
 
     // Paused while answering: the job holds until resumed.
     queue.pause(job);
     queue.answerConflict(job, conflict.questionId, {ConflictChoice::KeepBoth, ConflictScope::ThisItem});
-    spinUntil([] { return false; }, 300);
+    testSpinUntil([] { return false; }, 300);
     EXPECT_TRUE(listener.errors.empty());
     queue.resume(job);
 
     // The missing second source asks about an error; skipping it ends the job.
-    ASSERT_TRUE(spinUntil([&] { return !listener.errors.empty(); }));
+    ASSERT_TRUE(testSpinUntil([&] { return !listener.errors.empty(); }));
     EXPECT_EQ(listener.errors[0].second.path, tree.path("src/gone"));
     EXPECT_EQ(listener.errors[0].second.error, ENOENT);
     queue.answerError(job, listener.errors[0].second.questionId, ErrorChoice::Skip);
-    ASSERT_TRUE(spinUntil([&] { return listener.finished.count(job) > 0; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.finished.count(job) > 0; }));
     EXPECT_EQ(listener.finished[job].skipped, 1u);
     EXPECT_EQ(fileReadAll(tree.path("dst/n.txt")), "old");
     EXPECT_EQ(fileReadAll(tree.path("dst/n (2).txt")), "new");
@@ -164,15 +144,15 @@ TEST(OpQueue, QuestionsWaitForTheirAnswers)
 
 TEST(OpQueue, CancelWhileAskingChangesNothing)
 {
-    ensureApp();
+    testApp();
     TempTree tree;
     makeClash(tree);
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Move, {tree.path("src/n.txt")}, tree.path("dst"), {}});
-    ASSERT_TRUE(spinUntil([&] { return !listener.conflicts.empty(); }));
+    ASSERT_TRUE(testSpinUntil([&] { return !listener.conflicts.empty(); }));
     queue.cancel(job);
-    ASSERT_TRUE(spinUntil([&] { return listener.finished.count(job) > 0; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.finished.count(job) > 0; }));
     EXPECT_EQ(listener.finished[job].status, OpStatus::Cancelled);
     EXPECT_EQ(fileReadAll(tree.path("dst/n.txt")), "old");
     EXPECT_EQ(fileReadAll(tree.path("src/n.txt")), "new");
@@ -181,17 +161,17 @@ TEST(OpQueue, CancelWhileAskingChangesNothing)
 
 TEST(OpQueue, UndoThatNoLongerAppliesIsDropped)
 {
-    ensureApp();
+    testApp();
     TempTree tree;
     tree.file("a.txt", "a");
     OpQueue queue;
     Listener listener(queue);
     const OpJobId job = queue.submit({OpKind::Rename, {tree.path("a.txt")}, {}, "b.txt"});
-    ASSERT_TRUE(spinUntil([&] { return listener.finished.count(job) > 0; }));
+    ASSERT_TRUE(testSpinUntil([&] { return listener.finished.count(job) > 0; }));
     EXPECT_EQ(queue.undoText(), "Undo Rename");
     tree.file("b.txt", "edited since");
     queue.undo();
-    ASSERT_TRUE(spinUntil([&] { return !listener.undos.empty(); }));
+    ASSERT_TRUE(testSpinUntil([&] { return !listener.undos.empty(); }));
     EXPECT_EQ(listener.undos[0].first, UndoOutcome::CannotApply);
     EXPECT_EQ(fileReadAll(tree.path("b.txt")), "edited since");
     EXPECT_FALSE(exists(tree.path("a.txt")));
@@ -201,7 +181,7 @@ TEST(OpQueue, UndoThatNoLongerAppliesIsDropped)
 
 TEST(OpQueue, GoingAwayWithAJobWaitingOnAQuestionDoesNotHang)
 {
-    ensureApp();
+    testApp();
     TempTree tree;
     makeClash(tree);
     QElapsedTimer timer;
@@ -209,11 +189,11 @@ TEST(OpQueue, GoingAwayWithAJobWaitingOnAQuestionDoesNotHang)
         OpQueue queue;
         Listener listener(queue);
         queue.submit({OpKind::Copy, {tree.path("src/n.txt")}, tree.path("dst"), {}});
-        ASSERT_TRUE(spinUntil([&] { return !listener.conflicts.empty(); }));
+        ASSERT_TRUE(testSpinUntil([&] { return !listener.conflicts.empty(); }));
         timer.start();
     }
     EXPECT_LT(timer.elapsed(), 5000);
     // The job saw the cancel and left the old file alone.
-    spinUntil([] { return false; }, 200);
+    testSpinUntil([] { return false; }, 200);
     EXPECT_EQ(fileReadAll(tree.path("dst/n.txt")), "old");
 }

@@ -4,6 +4,7 @@
 
 #include "fs/volume_list.h"
 #include "support/temp_tree.h"
+#include "support/test_app.h"
 
 #include <gtest/gtest.h>
 
@@ -24,15 +25,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-QCoreApplication& app()
-{
-    static int argc = 1;
-    static char name[] = "folder_sizes_test";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* instance = new QCoreApplication(argc, argv);
-    return *instance;
-}
-
 // Counts brondelInfoChanged announced and checks they arrive on the main thread.
 struct SignalCounter {
     int count = 0;
@@ -42,7 +34,7 @@ struct SignalCounter {
     {
         connection = QObject::connect(&InfoNotifier::instance(), &InfoNotifier::brondelInfoChanged, [this] {
             ++count;
-            offMainThread |= QThread::currentThread() != app().thread();
+            offMainThread |= QThread::currentThread() != testApp().thread();
         });
     }
     ~SignalCounter() { QObject::disconnect(connection); }
@@ -257,7 +249,7 @@ TEST(FolderSizes, LaneIsTheVolumeHoldingThePathOrTheSystemVolume)
 
 TEST(InfoNotifier, ABurstOfPostsGivesOneSignalOnTheMainThread)
 {
-    app();
+    testApp();
     SignalCounter announced;
     std::vector<std::thread> posters;
     for (int i = 0; i < 10; ++i)
@@ -276,7 +268,7 @@ TEST(InfoNotifier, ABurstOfPostsGivesOneSignalOnTheMainThread)
 
 TEST(FolderSizes, BackgroundWalkAnnouncesItsResult)
 {
-    app();
+    testApp();
     TempTree t;
     t.sized("f", 4096);
     FolderSizes sizes;
@@ -288,7 +280,7 @@ TEST(FolderSizes, BackgroundWalkAnnouncesItsResult)
 
 TEST(DriveChildren, ListsADriveOnceInTheBackground)
 {
-    app();
+    testApp();
     TempTree t;
     t.file("b");
     t.dir("a");
