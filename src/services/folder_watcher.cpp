@@ -6,10 +6,14 @@
 #include <QFile>
 #include <QSocketNotifier>
 
-FolderWatcher::FolderWatcher() = default;
+FolderWatcher::FolderWatcher()
+{
+    std::lock_guard made(m_handOver);
+}
 
 FolderWatcher::~FolderWatcher()
 {
+    { std::lock_guard received(m_handOver); } // may go before add() ran
     delete m_notifier;
     if (m_fd >= 0)
         sysClose(m_fd);
@@ -17,6 +21,7 @@ FolderWatcher::~FolderWatcher()
 
 void FolderWatcher::add(const QString& path, quint64 token)
 {
+    { std::lock_guard received(m_handOver); }
     // Out of watches, or not a folder: the folder shows as it was read.
     m_fd = folderNotifyOpen(QFile::encodeName(path).toStdString());
     if (m_fd >= 0) {

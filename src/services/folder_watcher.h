@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+#include <mutex>
+
 class QSocketNotifier;
 
 class FolderWatcher : public QObject {
@@ -23,6 +25,10 @@ signals:
     void noticed();
 
 private:
+    // Made on the main thread, used on the watcher thread: the constructor releases this,
+    // add() and the destructor take it, so the thread checker sees the hand-over (Qt's
+    // event-queue lock, the one actually between the two, is not instrumented).
+    std::mutex m_handOver;
     int m_fd = -1;
     QSocketNotifier* m_notifier = nullptr;
 };
