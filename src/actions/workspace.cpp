@@ -1,6 +1,7 @@
 #include "actions/workspace.h"
 
 #include "cards/session_bus.h"
+#include "fs/call_mailbox.h"
 #include "services/file_clipboard.h"
 
 #include <QClipboard>
@@ -12,26 +13,18 @@
 #include <QTimer>
 #include <QUrl>
 
-#include <mutex>
 #include <utility>
 
 namespace {
 
 constexpr int kRevealTimeoutMs = 5000;
 
-// Answers from the bus threads come back through this object, made on the main thread
-// and never deleted: a bus thread may outlive everything else. They are posted and read
-// under one lock, since Qt's own event-queue lock is invisible to the thread checker.
-QObject* revealRelay()
+// Answers from the bus threads come back through this mailbox, made on the main thread
+// and never deleted: a bus thread may outlive everything else.
+CallPoster revealRelay()
 {
-    static QObject* relay = new QObject;
-    return relay;
-}
-
-std::mutex& revealHandOver()
-{
-    static std::mutex* lock = new std::mutex;
-    return *lock;
+    static CallMailbox* relay = new CallMailbox;
+    return relay->poster();
 }
 
 } // namespace
@@ -76,17 +69,13 @@ void workspaceReveal(const std::string& path, std::function<void()> fallback)
         QStringLiteral("/org/freedesktop/FileManager1"), QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("ShowItems"));
     call << QStringList{QString::fromStdString(workspaceFileUrl(path))} << QString();
-    QObject* relay = revealRelay();
+    CallPoster relay = revealRelay();
     sessionBusConnectThen(address, QStringLiteral("brondel_reveal"), [call, request, relay](QDBusConnection bus) {
         const bool shown = bus.isConnected()
             && bus.call(call, QDBus::Block, kRevealTimeoutMs).type() == QDBusMessage::ReplyMessage;
         if (!bus.isConnected()) // the next reveal connects afresh rather than reusing a failure
             QDBusConnection::disconnectFromBus(bus.name());
-        std::lock_guard posting(revealHandOver());
-        QMetaObject::invokeMethod(relay, [request, shown] {
-            { std::lock_guard received(revealHandOver()); }
-            request->settle(shown);
-        }, Qt::QueuedConnection);
+        relay.post([request, shown] { request->settle(shown); });
     });
 }
 

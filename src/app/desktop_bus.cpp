@@ -1,6 +1,7 @@
 #include "app/desktop_bus.h"
 
 #include "cards/session_bus.h"
+#include "fs/call_mailbox.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -119,10 +120,10 @@ void requestName(QDBusConnection bus, const QString& name, QObject* context, std
 // Where the bus thread hands its connection back: made on the first call's thread (the
 // GUI's main thread) and never deleted, since the bus thread may come back after
 // everything else has gone.
-QObject* mainThreadRelay()
+CallPoster mainThreadRelay()
 {
-    static QObject* relay = new QObject;
-    return relay;
+    static CallMailbox* relay = new CallMailbox;
+    return relay->poster();
 }
 
 } // namespace
@@ -191,13 +192,6 @@ ViewMode desktopViewFromNumber(int number)
 
 namespace {
 
-// Orders a queued call's making on the bus thread before its reading on the owner's.
-std::mutex& relayHandOver()
-{
-    static std::mutex lock;
-    return lock;
-}
-
 } // namespace
 
 bool desktopServe(const QString& address, DesktopRequests requests, QObject* owner,
@@ -207,16 +201,11 @@ bool desktopServe(const QString& address, DesktopRequests requests, QObject* own
         return false;
     auto shared = std::make_shared<const DesktopRequests>(std::move(requests));
     QPointer<QObject> guard(owner);
-    QObject* relay = mainThreadRelay();
     sessionBusConnectThen(address, QString::fromLatin1(kConnectionName),
-                          [relay, guard, shared, done = std::move(done)](QDBusConnection bus) {
+                          [relay = mainThreadRelay(), guard, shared, done = std::move(done)](QDBusConnection bus) {
         // Back on the owner's thread: the objects are made and registered there (so calls
-        // reach them there), and the names asked for without waiting. The call is built
-        // and posted under a lock the receiving side takes before reading it: Qt's own
-        // event-queue lock is invisible to the thread checker.
-        std::lock_guard posting(relayHandOver());
-        QMetaObject::invokeMethod(relay, [guard, shared, done, bus]() mutable {
-            { std::lock_guard received(relayHandOver()); }
+        // reach them there), and the names asked for without waiting.
+        relay.post([guard, shared, done, bus]() mutable {
             QObject* owner = guard.data();
             if (!owner)
                 return;
@@ -237,7 +226,7 @@ bool desktopServe(const QString& address, DesktopRequests requests, QObject* own
                 requestName(bus, QString::fromLatin1(desktopFileManagerService), owner,
                             [report](bool) { report(DesktopServed::Ours); });
             });
-        }, Qt::QueuedConnection);
+        });
     });
     return true;
 }

@@ -1,6 +1,7 @@
 #include "cards/cards_changed.h"
 
 #include "cards/session_bus.h"
+#include "fs/call_mailbox.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -72,12 +73,12 @@ public:
         if (m_state != State::Idle)
             return;
         m_state = State::Connecting;
-        busConnectThen(address, [this](QDBusConnection bus) {
+        busConnectThen(address, [this, relay = m_mailbox.poster()](QDBusConnection bus) {
             const bool ok = bus.isConnected()
                 && bus.connect(QString(), QString::fromLatin1(cardsChangedPath),
                                QString::fromLatin1(cardsChangedInterface), QString::fromLatin1(cardsChangedMember),
                                this, SLOT(changed()));
-            QMetaObject::invokeMethod(this, [this, ok] { finish(ok); }, Qt::QueuedConnection);
+            relay.post([this, ok] { finish(ok); });
         });
     }
 
@@ -107,6 +108,7 @@ private:
             subscribed(ok);
     }
 
+    CallMailbox m_mailbox; // the bus thread's answer
     std::vector<Entry> m_entries;
     std::vector<std::function<void(bool)>> m_waiting;
     State m_state = State::Idle;

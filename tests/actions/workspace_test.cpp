@@ -32,7 +32,8 @@ private slots:
         QTest::addColumn<int>("atLeastMs");
         QTest::addColumn<int>("atMostMs");
         QTest::newRow("hangs up") << 150 << 100 << 3000;
-        QTest::newRow("silent") << 0 << 5000 << 9000;
+        // The 5 s limit runs on coarse timers, which may fire up to 5% early.
+        QTest::newRow("silent") << 0 << 4700 << 9000;
     }
 
     void aBusThatFailsOrFallsSilentFallsBackWithoutAStall()
