@@ -48,9 +48,16 @@ dev_t jobDevice(const OpRequest& request)
 } // namespace
 
 struct OpQueue::Shared {
+    Shared(OpQueue* queue, CallPoster notices)
+        : queue(queue)
+        , notices(std::move(notices))
+    {
+    }
+
+    OpQueue* const queue; // reached only through the notices, which die with it
+    const CallPoster notices;
     std::mutex lock;
-    OpQueue* owner = nullptr; // cleared when the queue goes
-    CallPoster notices;
+    bool open = true; // cleared when the queue goes
     OpJobId next = 1;
     std::map<OpJobId, std::shared_ptr<JobState>> jobs;
     std::map<dev_t, std::unique_ptr<DetachedPool>> lanes;
@@ -67,13 +74,7 @@ struct OpQueue::Shared {
     template <typename Call>
     void post(Call call)
     {
-        OpQueue* q;
-        {
-            std::lock_guard guard(lock);
-            q = owner;
-        }
-        if (q)
-            notices.post([q, call = std::move(call)] { call(q); });
+        notices.post([q = queue, call = std::move(call)] { call(q); });
     }
 
     // Queues `task` on the lane of `device`; dropped when the queue is gone (its lanes
@@ -81,7 +82,7 @@ struct OpQueue::Shared {
     void startOnLane(dev_t device, std::function<void()> task)
     {
         std::lock_guard guard(lock);
-        if (!owner)
+        if (!open)
             return;
         std::unique_ptr<DetachedPool>& pool = lanes[device];
         if (!pool)
@@ -153,7 +154,7 @@ public:
 
 OpQueue::OpQueue(QObject* parent)
     : QObject(parent)
-    , m_shared(std::make_shared<Shared>())
+    , m_shared(std::make_shared<Shared>(this, m_mailbox.poster()))
 {
     qRegisterMetaType<OpJobId>("OpJobId");
     qRegisterMetaType<OpProgress>();
@@ -162,8 +163,6 @@ OpQueue::OpQueue(QObject* parent)
     qRegisterMetaType<OpResult>();
     qRegisterMetaType<OpKind>();
     qRegisterMetaType<UndoOutcome>();
-    m_shared->owner = this;
-    m_shared->notices = m_mailbox.poster();
 }
 
 OpQueue::~OpQueue()
@@ -174,7 +173,7 @@ OpQueue::~OpQueue()
     std::map<OpJobId, std::shared_ptr<JobState>> jobs;
     {
         std::lock_guard guard(m_shared->lock);
-        m_shared->owner = nullptr;
+        m_shared->open = false;
         lanes.swap(m_shared->lanes);
         router.swap(m_shared->router);
         history.swap(m_shared->history);
