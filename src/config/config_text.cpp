@@ -29,7 +29,7 @@ size_t spaceAtStart(std::string_view s)
         return 3;
     if (c == 0xE2 && s.size() >= 3) {
         unsigned char b1 = s[1], b2 = s[2];
-        if (b1 == 0x80 && (b2 <= 0x8A || b2 == 0xAF)) // U+2000..U+200A, U+202F
+        if (b1 == 0x80 && ((b2 >= 0x80 && b2 <= 0x8A) || b2 == 0xAF)) // U+2000..U+200A, U+202F
             return 3;
         if (b1 == 0x81 && b2 == 0x9F) // U+205F
             return 3;

@@ -23,6 +23,9 @@ TEST(ConfigText, SettingsSchemeLines)
         {R"(t = "back\slash")", std::pair{"t", "back\\slash"}},
         {"flag = true\r", std::pair{"flag", "true\r"}}, // CR-LF files keep the CR
         {"\xc2\xa0key\t=\xe3\x80\x80value ", std::pair{"key", "value"}},
+        // U+2009 is a space; a broken sequence whose third byte is ASCII is not.
+        {"k = v\xe2\x80\x89", std::pair{"k", "v"}},
+        {"k = v\xe2\x80!", std::pair{"k", "v\xe2\x80!"}},
         {"empty =", std::pair{"empty", ""}},
     };
     for (const auto& c : cases)
@@ -35,6 +38,8 @@ TEST(ConfigText, CardSchemeCutsAtHashFirst)
     EXPECT_EQ(configCardKeyValue(R"(layout = ""grid"" )"), (KV{std::pair{"layout", "grid"}}));
     EXPECT_EQ(configCardKeyValue("# only a comment = 1"), std::nullopt);
     EXPECT_EQ(configCardKeyValue("no equals"), std::nullopt);
+    // A broken UTF-8 sequence before the closing quote keeps the quote from being trimmed.
+    EXPECT_EQ(configCardKeyValue("group = \"kind\" \xe2\x80\"   "), (KV{std::pair{"group", "kind\" \xe2\x80"}}));
 }
 
 TEST(ConfigText, QuotedStrings)
